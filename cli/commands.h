@@ -1,0 +1,26 @@
+#pragma once
+// The commands of ovrin-cli. Each returns the JSON object to print, or throws
+// CliFailure with the program's own message.
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace ovrin::cli {
+
+struct CliFailure : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+struct TraceOptions {
+  double px = 0, py = 0;
+  int wavelength = 1;
+  bool full_field = true;
+  bool has_bfl = false;
+  double bfl = 0;
+};
+
+nlohmann::json Update(const std::string& file);
+nlohmann::json Trace(const std::string& file, const TraceOptions& opt);
+nlohmann::json Resave(const std::string& in, const std::string& out, const std::string& import);
+
+}  // namespace ovrin::cli

@@ -1,0 +1,72 @@
+// ovrin-cli: every engine of the program from the command line. It prints one
+// JSON object; on failure it prints {"error": "..."} and exits with status 2.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+
+namespace {
+
+int Fail(const std::string& message) {
+  std::cout << nlohmann::json{{"error", message}}.dump() << std::endl;
+  std::cerr << "ovrin-cli: " << message << std::endl;
+  return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  using namespace ovrin::cli;
+  CLI::App app{"Ovrin command line: design update, ray trace and analyses as JSON"};
+  app.require_subcommand(1);
+
+  std::string file, out_file, import = "current";
+  auto* update = app.add_subcommand("update", "Run the system update and print the first-order data");
+  update->add_option("FILE", file, "design file (.ovn)")->required();
+
+  TraceOptions topt;
+  std::string field = "full";
+  double bfl = 0;
+  auto* trace = app.add_subcommand("trace", "Trace one ray to the image plane");
+  trace->add_option("FILE", file, "design file (.ovn)")->required();
+  trace->add_option("--py", topt.py, "entrance pupil Y")->required();
+  trace->add_option("--px", topt.px, "entrance pupil X")->required();
+  trace->add_option("--wl", topt.wavelength, "wavelength number, 1 to 6");
+  trace->add_option("--field", field, "axis or full")->check(CLI::IsMember({"axis", "full"}));
+  auto* bfl_opt = trace->add_option("--bfl", bfl, "image distance from the last surface (mm)");
+
+  std::string in_file;
+  auto* resave = app.add_subcommand("resave", "Read, update and write a design in the current format");
+  resave->add_option("IN", in_file, "design file to read")->required();
+  resave->add_option("OUT", out_file, "design file to write")->required();
+  resave->add_option("--import", import, "format of IN: current, v35, v40 or v51");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp& e) {
+    return app.exit(e);
+  } catch (const CLI::ParseError& e) {
+    return Fail(e.what());
+  }
+
+  try {
+    nlohmann::json result;
+    if (*update) {
+      result = Update(file);
+    } else if (*trace) {
+      topt.full_field = field == "full";
+      topt.has_bfl = bfl_opt->count() > 0;
+      topt.bfl = bfl;
+      result = Trace(file, topt);
+    } else if (*resave) {
+      result = Resave(in_file, out_file, import);
+    }
+    std::cout << result.dump() << std::endl;
+    return 0;
+  } catch (const CliFailure& e) {
+    return Fail(e.what());
+  } catch (const std::exception& e) {
+    return Fail(e.what());
+  }
+}

@@ -1,0 +1,89 @@
+#include "core/design_state.h"
+
+#include <array>
+#include <string_view>
+
+namespace ovrin {
+
+NameTable* DesignState::GlassNames(int medium_code) {
+  switch (medium_code) {
+    case kMediumSchott: return &GlassSchott;
+    case kMediumOhara: return &GlassOhara;
+    case kMediumCorning: return &GlassCorning;
+    case kMediumHoya: return &GlassHoya;
+    case kMediumLzos: return &GlassLzos;
+    case kMediumSpecial: return &GlassSpecial;
+    case kMediumChengdu: return &GlassChengdu;
+    default: return nullptr;
+  }
+}
+
+const NameTable* DesignState::GlassNames(int medium_code) const {
+  return const_cast<DesignState*>(this)->GlassNames(medium_code);
+}
+
+void ClearDesign(DesignState& d) {
+  for (int i = 0; i < kSurfTableSize; ++i) {
+    d.SemiDiam[i] = 0;
+    d.Radius[i] = 0;
+    d.Thickness[i] = 0;
+    for (int k = 1; k <= 6; ++k) d.IndexWl[k][i] = 0;
+    d.MediumCode[i] = 0;
+    d.GlassSchott[i].clear();
+    d.GlassOhara[i].clear();
+    d.GlassCorning[i].clear();
+    d.GlassHoya[i].clear();
+    d.GlassLzos[i].clear();
+    d.GlassSpecial[i].clear();
+    d.GlassChengdu[i].clear();
+    d.SurfType[i] = 0;
+    d.Conic[i] = 0;
+    d.AsphA2[i] = d.AsphA4[i] = d.AsphA6[i] = d.AsphA8[i] = 0;
+    // The tilt tables are cleared over the same 0..102 range.
+    d.DecY[i] = d.DecX[i] = 0;
+    d.TiltA[i] = d.TiltB[i] = 0;
+    d.TiltAInput[i] = d.TiltBInput[i] = 0;
+    d.TiltOrder[i] = 0;
+  }
+}
+
+void ResetTiltDecenter(DesignState& d) {
+  for (int i = 0; i < kSurfTableSize; ++i) {
+    d.DecY[i] = 0;
+    d.DecX[i] = 0;
+    d.TiltA[i] = 0;
+    d.TiltB[i] = 0;
+    d.TiltOrder[i] = 1;
+  }
+}
+
+namespace {
+constexpr std::array<const char*, 10> kEntryByCode = {
+    "AIR (Posit)", "AIR (Negat)", "SCHOTT", "OHARA", "DIRECT",
+    "CORNING",     "HOYA",        "LZOS",   "SPECIAL", "CHENGDU"};
+constexpr std::array<const char*, 5> kTypeText = {"", "SPHERE", "CONIC", "HIGH-ORDER", "OBS.SCREEN"};
+}  // namespace
+
+const char* MediumEntryText(int medium_code) {
+  if (medium_code < 0 || medium_code >= static_cast<int>(kEntryByCode.size())) return "";
+  return kEntryByCode[medium_code];
+}
+
+int MediumCodeOfEntry(std::string_view entry) {
+  for (int c = 0; c < static_cast<int>(kEntryByCode.size()); ++c)
+    if (entry == kEntryByCode[c]) return c;
+  return -1;
+}
+
+const char* SurfTypeText(int surf_type) {
+  if (surf_type < 1 || surf_type > 4) return "SPHERE";
+  return kTypeText[surf_type];
+}
+
+int SurfTypeOfText(std::string_view text) {
+  for (int t = 1; t <= 4; ++t)
+    if (text == kTypeText[t]) return t;
+  return 0;
+}
+
+}  // namespace ovrin
