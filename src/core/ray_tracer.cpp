@@ -28,66 +28,98 @@ inline double ArcSin(double x) {
 
 Tracer::Tracer(const DesignState& design) : CurIndexTable(&design.IndexWl[1]), design_(design) {}
 
-void Tracer::TraceSphere() {
-  const double c = CurRadius == 0.0 ? 0.0 : 1.0 / CurRadius;
-  const double mu = CurN / CurNPrime;
-  const double cx = RayCosX, cy = RayCosY, cz = RayCosZ;
+// The surface operations proper. They work on a ray held in locals, so that a
+// loop over the surfaces keeps it in machine registers from surface to surface;
+// the public operations and the loop copy it to and from the ray registers.
+namespace {
 
-  // Transfer to the tangent plane of the vertex.
-  const double step = CurThick - RayZ;
-  const double x0 = RayX + step * (cx / cz);
-  const double y0 = RayY + step * (cy / cz);
+struct RayVec {
+  double x, y, z, cx, cy, cz;
+};
 
-  const double h = c * (x0 * x0 + y0 * y0);
-  const double b = cz - c * (cy * y0 + cx * x0);
-  SphRadicand = b * b - c * h;
-  Require(SphRadicand >= 0.0);  // the ray misses the surface
-  const double a = std::sqrt(SphRadicand);
+#define OVRIN_HOT inline __attribute__((always_inline))
 
-  const double d = h / (a + b);
+OVRIN_HOT bool SphereKernel(RayVec& r, double radius, double thick, double n, double np,
+                            double& sph_radicand, double& snell_radicand) {
+  const double c = radius == 0.0 ? 0.0 : 1.0 / radius;
+  const double mu = n / np;
+  const double cx = r.cx, cy = r.cy, cz = r.cz;
+
+  // Transfer to the tangent plane of the vertex. The terms are grouped so that
+  // the little that depends on the incoming direction comes last: step cy / cz
+  // rather than step (cy / cz), and c (cy y0 + cx x0) as (c cy) y0 + (c cx) x0.
+  const double step = thick - r.z;
+  const double x0 = r.x + (step * cx) / cz;
+  const double y0 = r.y + (step * cy) / cz;
+
+  const double ccy = c * cy, ccx = c * cx;
+  const double r2 = x0 * x0 + y0 * y0;
+  const double h = c * r2;
+  const double b = cz - ccy * y0 - ccx * x0;
+  const double ch = (c * c) * r2;
+  sph_radicand = b * b - ch;
+  if (!(sph_radicand >= 0.0)) [[unlikely]]
+    return false;  // the ray misses the surface (or a NaN came in)
+
+  // Snell's radicand 1 - (1 - A^2) mu^2 is (1 - mu^2) + mu^2 A^2, and A^2 is
+  // the radicand just found: both roots can be taken side by side.
+  const double mu2 = mu * mu;
+  snell_radicand = (1.0 - mu2) + mu2 * sph_radicand;
+  const double a = std::sqrt(sph_radicand);
+
+  const double apb = a + b;
+  const double d = h / apb;
   const double x = x0 + cx * d;
   const double y = y0 + cy * d;
   const double z = cz * d;
-  Require(Finite(x) & Finite(y) & Finite(z) & Finite(mu) & Finite(c));
-  RayX = x;
-  RayY = y;
-  RayZ = z;
+  r.x = x;
+  r.y = y;
+  r.z = z;
 
-  SnellRadicand = 1.0 - (1.0 - a * a) * (mu * mu);
-  Require(SnellRadicand >= 0.0);  // total reflection
-  const double g = std::sqrt(SnellRadicand) - mu * a;
+  if (!(snell_radicand >= 0.0)) [[unlikely]]
+    return false;  // total reflection
+  const double g = std::sqrt(snell_radicand) - mu * a;
 
-  const double ncz = mu * cz - (z * c - 1.0) * g;
-  const double ncy = mu * cy - c * g * y;
-  const double ncx = mu * cx - c * g * x;
-  Require(Finite(ncz) & Finite(ncy) & Finite(ncx));
-  RayCosZ = ncz;
-  RayCosY = ncy;
-  RayCosX = ncx;
+  // z c, y c and x c come straight from the pieces above rather than from
+  // the new position, so that the next surface waits less.
+  const double zc = (cz * ch) / apb;
+  const double yc = c * y0 + ccy * d;
+  const double xc = c * x0 + ccx * d;
+  const double ncz = mu * cz - (zc - 1.0) * g;
+  const double ncy = mu * cy - yc * g;
+  const double ncx = mu * cx - xc * g;
+  // An infinity or NaN anywhere (a division by zero, an overflow) reaches this sum.
+  if (!Finite(x + y + z + ncx + ncy + ncz)) [[unlikely]]
+    return false;
+  r.cz = ncz;
+  r.cy = ncy;
+  r.cx = ncx;
+  return true;
 }
 
-void Tracer::TraceAsphere() {
-  const double c = CurRadius == 0.0 ? 0.0 : 1.0 / CurRadius;
-  const double mu = CurN / CurNPrime;
-  const double k1 = CurConic + 1.0;
-  const double a4 = CurA4, a6 = CurA6, a8 = CurA8;
+OVRIN_HOT bool AsphereKernel(RayVec& r, double radius, double thick, double n, double np,
+                             double conic, double a4, double a6, double a8,
+                             double& snell_radicand) {
+  const double c = radius == 0.0 ? 0.0 : 1.0 / radius;
+  const double mu = n / np;
+  const double k1 = conic + 1.0;
 
   // Transfer to the tangent plane of the vertex.
-  const double d0 = (RayZ - CurThick) / RayCosZ;
+  const double d0 = (r.z - thick) / r.cz;
   double z = 0.0;
-  double y = RayY - RayCosY * d0;
-  double x = RayX - RayCosX * d0;
-  Require(Finite(y) & Finite(x));
-  RayZ = z;
-  RayY = y;
-  RayX = x;
+  double y = r.y - r.cy * d0;
+  double x = r.x - r.cx * d0;
+  if (!(Finite(y) & Finite(x))) [[unlikely]] return false;
+  r.z = z;
+  r.y = y;
+  r.x = x;
 
-  const double cx = RayCosX, cy = RayCosY, cz = RayCosZ;
+  const double cx = r.cx, cy = r.cy, cz = r.cz;
   double nx, ny, nz;
   for (;;) {  // no pass limit: the step along the ray decides
     const double r2 = x * x + y * y;
     const double rad = 1.0 - c * c * k1 * r2;
-    Require(rad >= 0.0);  // outside the conic
+    if (!(rad >= 0.0)) [[unlikely]] return false;  // outside the conic
     const double s = std::sqrt(rad);
     const double r4 = r2 * r2;
     const double e = c + s * (4.0 * a4 * r2 + 6.0 * a6 * r4 + 8.0 * a8 * r4 * r2);
@@ -96,91 +128,144 @@ void Tracer::TraceAsphere() {
     nz = s;
     const double sag = c * r2 / (1.0 + s) + a4 * r4 + a6 * r4 * r2 + a8 * r4 * r4;
     const double t = (sag - z) * s / (cy * ny + cz * nz + cx * nx);
-    Require(Finite(t));
+    if (!(Finite(t))) [[unlikely]] return false;
     z += t * cz;
     y += t * cy;
     x += t * cx;
-    RayZ = z;
-    RayY = y;
-    RayX = x;
+    r.z = z;
+    r.y = y;
+    r.x = x;
     if (!(std::fabs(t) > 1e-8)) break;
   }
 
   // The normal of the last pass (taken before its step) refracts the ray.
   const double n2 = ny * ny + nz * nz + nx * nx;
   const double dd = cy * ny + cz * nz + cx * nx;
-  SnellRadicandAsph = dd * dd * (mu * mu) + (1.0 - mu * mu) * n2;
-  Require(SnellRadicandAsph >= 0.0);
-  const double g = (std::sqrt(SnellRadicandAsph) - mu * dd) / n2;
+  snell_radicand = dd * dd * (mu * mu) + (1.0 - mu * mu) * n2;
+  if (!(snell_radicand >= 0.0)) [[unlikely]] return false;
+  const double g = (std::sqrt(snell_radicand) - mu * dd) / n2;
   const double ncz = mu * cz + g * nz;
   const double ncy = mu * cy + g * ny;
   const double ncx = mu * cx + g * nx;
-  Require(Finite(ncz) & Finite(ncy) & Finite(ncx));
-  RayCosZ = ncz;
-  RayCosY = ncy;
-  RayCosX = ncx;
+  if (!(Finite(ncz) & Finite(ncy) & Finite(ncx))) [[unlikely]] return false;
+  r.cz = ncz;
+  r.cy = ncy;
+  r.cx = ncx;
+  return true;
 }
+
+#define OVRIN_COLD __attribute__((noinline, cold))
 
 // Rotation A, about the X axis through the vertex; thick is CurThick when
 // entering a frame and 0 when leaving a mirror's.
-void Tracer::FrameRotationA(double a, double thick) {
-  const double z0 = RayZ - thick;
+inline void RotationA(RayVec& r, double a, double thick) {
+  const double z0 = r.z - thick;
   const double sa = std::sin(a), ca = std::cos(a);
-  const double y = RayY, cy = RayCosY, cz = RayCosZ;
-  RayY = z0 * sa + y * ca;
-  RayZ = z0 * ca + thick - y * sa;
-  RayCosY = cy * ca + cz * sa;
-  RayCosZ = cz * ca - cy * sa;
+  const double y = r.y, cy = r.cy, cz = r.cz;
+  r.y = z0 * sa + y * ca;
+  r.z = z0 * ca + thick - y * sa;
+  r.cy = cy * ca + cz * sa;
+  r.cz = cz * ca - cy * sa;
 }
 
 // Rotation B, about the Y axis through the vertex.
-void Tracer::FrameRotationB(double b, double thick) {
-  const double z0 = RayZ - thick;
+inline void RotationB(RayVec& r, double b, double thick) {
+  const double z0 = r.z - thick;
   const double sb = std::sin(b), cb = std::cos(b);
-  const double x = RayX, cx = RayCosX, cz = RayCosZ;
-  RayX = -z0 * sb + x * cb;
-  RayZ = z0 * cb + thick + x * sb;
-  RayCosX = cx * cb - cz * sb;
-  RayCosZ = cz * cb + cx * sb;
+  const double x = r.x, cx = r.cx, cz = r.cz;
+  r.x = -z0 * sb + x * cb;
+  r.z = z0 * cb + thick + x * sb;
+  r.cx = cx * cb - cz * sb;
+  r.cz = cz * cb + cx * sb;
+}
+
+// A tilted frame: decenters and rotations in the order the table asks for.
+OVRIN_COLD RayVec EnterTiltedFrame(RayVec r, const DesignState& d, int i, double thick) {
+  const double a = d.TiltA[i];
+  const double b = d.TiltB[i];
+  const double dx = d.DecX[i];
+  const double dy = d.DecY[i];
+  const float order = d.TiltOrder[i];
+  if (order == 1.0f || order == 0.0f) {
+    r.x -= dx;
+    r.y -= dy;
+    if (a != 0.0) RotationA(r, a, thick);
+    if (b != 0.0) RotationB(r, b, thick);
+  } else if (order == 2.0f) {
+    if (b != 0.0) RotationB(r, b, thick);
+    if (a != 0.0) RotationA(r, a, thick);
+    r.x -= dx;
+    r.y -= dy;
+  }
+  return r;
+}
+
+OVRIN_HOT void EnterFrameKernel(RayVec& r, const DesignState& d, int i, double thick) {
+  if (d.TiltA[i] == 0.0 && d.TiltB[i] == 0.0) {
+    const double dx = d.DecX[i];
+    const double dy = d.DecY[i];
+    // Subtracting 0 changes nothing; skipping it keeps the common case short.
+    if (dx != 0.0 || dy != 0.0) [[unlikely]] {
+      r.x -= dx;
+      r.y -= dy;
+    }
+    return;
+  }
+  r = EnterTiltedFrame(r, d, i, thick);
+}
+
+OVRIN_COLD RayVec LeaveMirrorKernel(RayVec r, const DesignState& d, int i) {
+  const double a = d.TiltA[i];
+  const double b = d.TiltB[i];
+  const float order = d.TiltOrder[i];
+  if (order == 1.0f) {
+    if (a != 0.0) RotationA(r, a, 0.0);
+    if (b != 0.0) RotationB(r, b, 0.0);
+  } else if (order == 2.0f) {
+    if (b != 0.0) RotationB(r, b, 0.0);
+    if (a != 0.0) RotationA(r, a, 0.0);
+  }
+  return r;
+}
+
+}  // namespace
+
+// Runs a kernel on the ray registers; they keep the values of the moment of a failure.
+template <typename F>
+inline void Tracer::OnRegisters(F&& f) {
+  RayVec r{RayX, RayY, RayZ, RayCosX, RayCosY, RayCosZ};
+  try {
+    f(r);
+  } catch (const TraceError&) {
+    RayX = r.x, RayY = r.y, RayZ = r.z, RayCosX = r.cx, RayCosY = r.cy, RayCosZ = r.cz;
+    throw;
+  }
+  RayX = r.x, RayY = r.y, RayZ = r.z, RayCosX = r.cx, RayCosY = r.cy, RayCosZ = r.cz;
+}
+
+void Tracer::TraceSphere() {
+  OnRegisters([&](RayVec& r) {
+    if (!SphereKernel(r, CurRadius, CurThick, CurN, CurNPrime, SphRadicand, SnellRadicand))
+      throw TraceError();
+  });
+}
+
+void Tracer::TraceAsphere() {
+  OnRegisters([&](RayVec& r) {
+    if (!AsphereKernel(r, CurRadius, CurThick, CurN, CurNPrime, CurConic, CurA4, CurA6, CurA8,
+                       SnellRadicandAsph))
+      throw TraceError();
+  });
 }
 
 void Tracer::EnterSurfaceFrame() {
   const int i = static_cast<int>(std::nearbyint(LoopI));
-  const double a = design_.TiltA[i];
-  const double b = design_.TiltB[i];
-  const double dx = design_.DecX[i];
-  const double dy = design_.DecY[i];
-  if (a == 0.0 && b == 0.0) {
-    RayX -= dx;
-    RayY -= dy;
-    return;
-  }
-  const float order = design_.TiltOrder[i];
-  if (order == 1.0f || order == 0.0f) {
-    RayX -= dx;
-    RayY -= dy;
-    if (a != 0.0) FrameRotationA(a, CurThick);
-    if (b != 0.0) FrameRotationB(b, CurThick);
-  } else if (order == 2.0f) {
-    if (b != 0.0) FrameRotationB(b, CurThick);
-    if (a != 0.0) FrameRotationA(a, CurThick);
-    RayX -= dx;
-    RayY -= dy;
-  }
+  OnRegisters([&](RayVec& r) { EnterFrameKernel(r, design_, i, CurThick); });
 }
 
 void Tracer::LeaveMirrorFrame() {
   const int i = static_cast<int>(std::nearbyint(LoopI));
-  const double a = design_.TiltA[i];
-  const double b = design_.TiltB[i];
-  const float order = design_.TiltOrder[i];
-  if (order == 1.0f) {
-    if (a != 0.0) FrameRotationA(a, 0.0);
-    if (b != 0.0) FrameRotationB(b, 0.0);
-  } else if (order == 2.0f) {
-    if (b != 0.0) FrameRotationB(b, 0.0);
-    if (a != 0.0) FrameRotationA(a, 0.0);
-  }
+  OnRegisters([&](RayVec& r) { r = LeaveMirrorKernel(r, design_, i); });
 }
 
 void Tracer::EnterImageFrame() {
@@ -266,45 +351,77 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy) {
   RayVignetted = false;
   VignSurf = 0;
   const int n = d.SurfCount;
-  for (int i = 1; i <= n; ++i) {
-    LoopI = i;
-    CurRadius = d.Radius[i];
-    // Row 0 is the object space: no thickness before surface 1, index 1.
-    CurThick = i == 1 ? 0.0 : d.Thickness[i - 1];
-    const double n_before = i == 1 ? 1.0 : index[i - 1];
-    CurN = n_before;
-    CurNPrime = index[i];
-    EnterSurfaceFrame();
-    CurA4 = d.AsphA4[i];
-    CurA6 = d.AsphA6[i];
-    CurA8 = d.AsphA8[i];
-    CurConic = d.Conic[i];
+  const bool test_aperture = policy.testAperture;
+  const double margin = policy.apertureMargin;
+
+  // The ray and the current-surface values stay in locals for the whole loop;
+  // the registers receive them when the loop ends or a ray fails.
+  RayVec r{RayX, RayY, RayZ, RayCosX, RayCosY, RayCosZ};
+  double n_before = 1.0;  // row 0 is the object space: index 1, no thickness before surface 1
+  double thick = 0.0;
+  double sph_radicand = SphRadicand, snell_radicand = SnellRadicand;
+  double snell_radicand_asph = SnellRadicandAsph;
+  int i = 1;
+  auto store = [&](int surface) {
+    RayX = r.x, RayY = r.y, RayZ = r.z, RayCosX = r.cx, RayCosY = r.cy, RayCosZ = r.cz;
+    SphRadicand = sph_radicand;
+    SnellRadicand = snell_radicand;
+    SnellRadicandAsph = snell_radicand_asph;
+    if (surface < 1) return;
+    LoopI = surface;
+    CurRadius = d.Radius[surface];
+    CurThick = surface == 1 ? 0.0 : d.Thickness[surface - 1];
+    CurN = surface == 1 ? 1.0 : index[surface - 1];
+    CurNPrime = index[surface];
+    CurA4 = d.AsphA4[surface];
+    CurA6 = d.AsphA6[surface];
+    CurA8 = d.AsphA8[surface];
+    CurConic = d.Conic[surface];
+  };
+
+  for (; i <= n; ++i) {
+    const double radius = d.Radius[i];
+    const double n_after = index[i];
+    EnterFrameKernel(r, d, i, thick);
     const float type = d.SurfType[i];
+    bool ok = true;
     if (type == 1.0f || type == 4.0f) {
-      TraceSphere();
+      ok = SphereKernel(r, radius, thick, n_before, n_after, sph_radicand, snell_radicand);
     } else if (type == 2.0f || type == 3.0f) {
-      TraceAsphere();
+      ok = AsphereKernel(r, radius, thick, n_before, n_after, d.Conic[i], d.AsphA4[i],
+                         d.AsphA6[i], d.AsphA8[i], snell_radicand_asph);
+    }
+    if (!ok) [[unlikely]] {
+      store(i);
+      throw TraceError();
     }
     // A tilted mirror turns the frame a second time. The Y tilt counts only
-    // once it rounds to a whole radian; the X tilt counts at any size.
-    if (Sgn(n_before) != Sgn(index[i]) &&
-        (d.TiltA[i] != 0.0 || std::nearbyint(d.TiltB[i]) != 0.0)) {
-      LeaveMirrorFrame();
+    // once it rounds to a whole radian (halves to even: |TiltB| above 0.5);
+    // the X tilt counts at any size.
+    if (Sgn(n_before) != Sgn(n_after) &&
+        (d.TiltA[i] != 0.0 || !(std::fabs(d.TiltB[i]) <= 0.5))) [[unlikely]] {
+      r = LeaveMirrorKernel(r, d, i);
     }
-    if (policy.testAperture && !RayVignetted) {
-      const double rho = std::sqrt(RayX * RayX + RayY * RayY);
+    if (test_aperture && !RayVignetted) {
+      // Compared in squares: the same verdict as the distance, without a root.
+      const double rho2 = r.x * r.x + r.y * r.y;
+      const double semi = d.SemiDiam[i];
       bool stopped = false;
       if (type < 4.0f) {
-        stopped = rho > d.SemiDiam[i] + policy.apertureMargin;
+        const double limit = semi + margin;
+        stopped = limit < 0.0 || rho2 > limit * limit;
       } else if (type == 4.0f) {
-        stopped = rho < d.SemiDiam[i];  // an opaque central disc
+        stopped = semi > 0.0 && rho2 < semi * semi;  // an opaque central disc
       }
       if (stopped) {
         RayVignetted = true;
         VignSurf = i;
       }
     }
+    n_before = n_after;
+    thick = d.Thickness[i];
   }
+  store(n);
 }
 
 void Tracer::TraceToImage(double image_distance) {

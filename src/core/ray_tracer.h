@@ -84,8 +84,8 @@ class Tracer {
   const DesignState& design() const { return design_; }
 
  private:
-  void FrameRotationA(double a, double thick);
-  void FrameRotationB(double b, double thick);
+  template <typename F>
+  void OnRegisters(F&& f);
   const DesignState& design_;
 };
 
