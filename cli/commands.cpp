@@ -2,7 +2,11 @@
 
 #include "core/design_file.h"
 #include "core/ray_tracer.h"
+#include "core/number_text.h"
 #include "core/system_update.h"
+#include "core/wavelength_store.h"
+#include "glass/catalogue_media.h"
+#include "glass/glass_catalogue.h"
 
 namespace ovrin::cli {
 
@@ -11,7 +15,7 @@ namespace {
 struct Session {
   DesignState design;
   DesignSheet sheet;
-  StoredIndicesResolver media;
+  CatalogueMedia media;
 };
 
 DesignFormat FormatOf(const std::string& name) {
@@ -29,6 +33,9 @@ void Load(Session& s, const std::string& file, DesignFormat format = DesignForma
     if (!r.ok) throw CliFailure(r.message);
   } catch (const DesignFileError& e) {
     throw CliFailure(e.what());
+  } catch (const GlassRangeError&) {
+    // A glass asked for far outside its range: the data error of the update.
+    throw CliFailure(kDataInputError);
   }
 }
 
@@ -106,6 +113,59 @@ nlohmann::json Resave(const std::string& in, const std::string& out, const std::
     throw CliFailure(e.what());
   }
   return {{"ok", true}, {"SurfCount", s.design.SurfCount}};
+}
+
+nlohmann::json Index(const std::string& catalogue, const std::string& name, double wavelength) {
+  Catalogue cat;
+  if (!CatalogueByName(catalogue, cat))
+    throw CliFailure("Unknown catalogue \"" + catalogue +
+                     "\": use SCHOTT, OHARA, CORNING, HOYA, LZOS, SPECIAL or CHENGDU");
+  GlassLookup lookup;
+  lookup.GlassName = name;
+  lookup.GlassWl = static_cast<float>(wavelength);
+  bool found = false;
+  try {
+    found = lookup.Lookup(cat);
+  } catch (const GlassRangeError&) {
+    throw CliFailure("The index of " + name + " cannot be computed at " + ShortestText(wavelength) +
+                     " micron");
+  }
+  return {{"GlassIndex", lookup.GlassIndex}, {"found", found}};
+}
+
+nlohmann::json Wavelengths(const std::string& in, const std::string& out,
+                           const std::vector<double>& set, const std::vector<double>& weights) {
+  if (set.empty() || set.size() > 6) throw CliFailure("Give one to six wavelengths with --set");
+  if (!weights.empty() && weights.size() != set.size())
+    throw CliFailure("Give one weight per wavelength with --weights");
+  Session s;
+  Load(s, in);
+  WavelengthForm form;
+  form.Open(s.design);
+  form.count = static_cast<int>(set.size());
+  for (std::size_t k = 0; k < set.size(); ++k) {
+    form.rows[k].ComboWL = ShortestText(set[k]);
+    form.rows[k].Text1 = weights.empty() ? "1" : ShortestText(weights[k]);
+  }
+  WavelengthStoreResult r;
+  try {
+    r = StoreWavelengths(form, s.design, s.sheet, s.media);
+  } catch (const GlassRangeError&) {
+    throw CliFailure(kDataInputError);
+  }
+  if (!r.ok) throw CliFailure(r.message);
+  if (!r.update.ok) throw CliFailure(r.update.message);
+  try {
+    UpdateResult w = WriteDesignFile(out, s.design, s.sheet, s.media);
+    if (!w.ok) throw CliFailure(w.message);
+  } catch (const DesignFileError& e) {
+    throw CliFailure(e.what());
+  }
+  nlohmann::json wl = nlohmann::json::array();
+  for (float w : s.design.Wavelength) wl.push_back(static_cast<double>(w));
+  nlohmann::json j = {{"ok", true}, {"WlCount", s.design.WlCount}, {"Wavelength", wl}};
+  if (!r.warning.empty()) j["warning"] = r.warning;
+  return j;
 }
 
 }  // namespace ovrin::cli

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace ovrin::cli {
 
@@ -21,6 +22,9 @@ struct TraceOptions {
 
 nlohmann::json Update(const std::string& file);
 nlohmann::json Trace(const std::string& file, const TraceOptions& opt);
+nlohmann::json Index(const std::string& catalogue, const std::string& name, double wavelength);
+nlohmann::json Wavelengths(const std::string& in, const std::string& out,
+                           const std::vector<double>& set, const std::vector<double>& weights);
 nlohmann::json Resave(const std::string& in, const std::string& out, const std::string& import);
 
 }  // namespace ovrin::cli

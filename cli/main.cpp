@@ -42,6 +42,20 @@ int main(int argc, char** argv) {
   resave->add_option("OUT", out_file, "design file to write")->required();
   resave->add_option("--import", import, "format of IN: current, v35, v40 or v51");
 
+  std::string catalogue, glass_name;
+  double glass_wl = 0;
+  auto* index = app.add_subcommand("index", "Refractive index of a catalogue glass");
+  index->add_option("CATALOGUE", catalogue, "SCHOTT, OHARA, CORNING, HOYA, LZOS, SPECIAL or CHENGDU")->required();
+  index->add_option("NAME", glass_name, "glass name, exactly as the catalogue spells it")->required();
+  index->add_option("WAVELENGTH", glass_wl, "wavelength in microns")->required();
+
+  std::vector<double> wl_set, wl_weights;
+  auto* wavelengths = app.add_subcommand("wavelengths", "Store new wavelengths, update, and write the design");
+  wavelengths->add_option("IN", in_file, "design file to read")->required();
+  wavelengths->add_option("OUT", out_file, "design file to write")->required();
+  wavelengths->add_option("--set", wl_set, "wavelengths in microns, comma separated")->required()->delimiter(',');
+  wavelengths->add_option("--weights", wl_weights, "weights, comma separated")->delimiter(',');
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp& e) {
@@ -59,6 +73,10 @@ int main(int argc, char** argv) {
       topt.has_bfl = bfl_opt->count() > 0;
       topt.bfl = bfl;
       result = Trace(file, topt);
+    } else if (*index) {
+      result = Index(catalogue, glass_name, glass_wl);
+    } else if (*wavelengths) {
+      result = Wavelengths(in_file, out_file, wl_set, wl_weights);
     } else if (*resave) {
       result = Resave(in_file, out_file, import);
     }

@@ -16,6 +16,10 @@ class MediaResolver {
   // current wavelengths.
   virtual void ResolveCatalogueMedium(DesignState& d, int surface) = 0;
 
+  // Every index of a catalogue-glass surface for the wavelengths in use, keeping
+  // the sign of the space (a negative IndexWl[1] before the call stays negative).
+  virtual void RecomputeSurfaceIndices(DesignState& d, int surface, int medium_code) = 0;
+
   // First step of the system update on a fresh design: recompute every index
   // for EnvTempActual and EnvPressActual.
   virtual void RecomputeForEnvironment(DesignState& d) = 0;
@@ -25,6 +29,7 @@ class MediaResolver {
 class StoredIndicesResolver final : public MediaResolver {
  public:
   void ResolveCatalogueMedium(DesignState&, int) override {}
+  void RecomputeSurfaceIndices(DesignState&, int, int) override {}
   void RecomputeForEnvironment(DesignState&) override {}
 };
 
