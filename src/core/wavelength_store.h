@@ -61,8 +61,9 @@ WavelengthStoreResult StoreWavelengths(const WavelengthForm& form, DesignState& 
                                        DesignSheet& sheet, MediaResolver& media);
 
 // Index interpolation for a DIRECT medium: the typed indices at the old
-// wavelengths are fitted by n = A + B / L^2 + C / L^4 (least squares when more
-// than three) and evaluated at the new ones.
+// wavelengths are fitted by Cauchy's three-term dispersion formula
+// n = A + B / L^2 + C / L^4 (exactly through three points, least squares
+// through more) and evaluated at the new ones.
 struct DispersionFit {
   double A = 0, B = 0, C = 0;
   bool ok = false;
