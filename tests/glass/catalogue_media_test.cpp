@@ -1,4 +1,5 @@
 #include "glass/catalogue_media.h"
+#include "glass_test_util.h"
 
 #include <gtest/gtest.h>
 
@@ -14,11 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 double Schott(const char* name, double wl) {
-  GlassLookup g;
-  g.GlassName = name;
-  g.GlassWl = static_cast<float>(wl);
-  g.LookupSchott();
-  return g.GlassIndex;
+  return testing::CatalogueIndex(Catalogue::Schott, name, wl);
 }
 
 // A singlet in the format of a release: `media` is the text of surface 1's

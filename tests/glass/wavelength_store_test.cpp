@@ -6,6 +6,7 @@
 
 #include "core/number_text.h"
 #include "glass/catalogue_media.h"
+#include "glass_test_util.h"
 
 namespace ovrin {
 namespace {
@@ -66,11 +67,7 @@ struct Design {
 };
 
 double Catalogue(const char* name, double wl) {
-  GlassLookup g;
-  g.GlassName = name;
-  g.GlassWl = static_cast<float>(wl);
-  g.LookupSchott();
-  return g.GlassIndex;
+  return testing::CatalogueIndex(Catalogue::Schott, name, wl);
 }
 
 TEST(WavelengthStore, NewWavelengthsRecomputeEveryMediumAndKeepMirrorSigns) {
