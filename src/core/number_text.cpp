@@ -72,6 +72,37 @@ double ParseLeadingNumber(std::string_view text) {
   return std::strtod(s.c_str(), nullptr);
 }
 
+bool IsNumberText(std::string_view text) {
+  std::size_t i = 0, n = text.size();
+  auto blank = [](char c) { return c == ' ' || c == '\t'; };
+  auto digit = [](char c) { return c >= '0' && c <= '9'; };
+  while (i < n && blank(text[i])) ++i;
+  while (n > i && blank(text[n - 1])) --n;
+  if (i < n && (text[i] == '+' || text[i] == '-')) ++i;
+  bool any = false, point = false;
+  for (; i < n; ++i) {
+    if (digit(text[i])) {
+      any = true;
+    } else if (text[i] == '.' && !point) {
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (!any) return false;
+  if (i < n && (text[i] == 'e' || text[i] == 'E')) {
+    ++i;
+    if (i < n && (text[i] == '+' || text[i] == '-')) ++i;
+    bool exp = false;
+    while (i < n && digit(text[i])) {
+      exp = true;
+      ++i;
+    }
+    if (!exp) return false;
+  }
+  return i == n;
+}
+
 namespace {
 
 // The 15 significant digits of x and its decimal exponent: x = d0.d1d2... * 10^exp.

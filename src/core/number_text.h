@@ -13,6 +13,11 @@ namespace ovrin {
 // which callers that must refuse it test with std::isfinite.
 double ParseLeadingNumber(std::string_view text);
 
+// Whether the whole text (blanks around it aside) is one number: sign, digits
+// with at most one point, an optional exponent. Boxes that refuse bad text
+// when they are left use it; "1.5x", "" and "." are not numbers.
+bool IsNumberText(std::string_view text);
+
 // x rounded to n decimals: the number's decimal text at 15 significant
 // digits is rounded half away from zero and read back. 0.00575 -> 0.0058 (n=4).
 double RoundTo(double x, int decimals);

@@ -32,6 +32,11 @@ TEST(ParseLeadingNumber, SkipsBlanksAndTakesExponents) {
   EXPECT_TRUE(std::isinf(ParseLeadingNumber("1e999")));
 }
 
+TEST(IsNumberText, WholeTextMustBeOneNumber) {
+  for (const char* ok : {"1", " -0.5 ", ".25", "1.", "6.2e-10", "+3E4"}) EXPECT_TRUE(IsNumberText(ok)) << ok;
+  for (const char* bad : {"", " ", ".", "-", "1.5x", "1e", "1.2.3", "e5", "1 2"}) EXPECT_FALSE(IsNumberText(bad)) << bad;
+}
+
 TEST(RoundTo, RoundsTheFifteenDigitTextHalfAwayFromZero) {
   // 0.00575 and 2.675 sit just below the half in binary; the decimal text does not.
   EXPECT_EQ(RoundTo(0.00575, 4), 0.0058);

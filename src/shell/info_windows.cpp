@@ -1,0 +1,128 @@
+// The opening picture, the help on entering a design, and About.
+#include <QDialogButtonBox>
+#include <QFrame>
+#include <QLabel>
+#include <QPushButton>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+#include "shell/dialogs.h"
+#include "shell/widgets_util.h"
+
+namespace ovrin::shell {
+
+namespace {
+
+QFrame* RedLine(QWidget* parent, const char* name) {
+  auto* line = new QFrame(parent);
+  line->setObjectName(name);
+  line->setFixedHeight(3);
+  line->setStyleSheet("background-color: rgb(230, 0, 60);");
+  return line;
+}
+
+const char* const kHelpText = R"(
+<h3>Entering a design</h3>
+<p>A design is a list of surfaces in the order in which light meets them. Create one with
+<b>File &gt; Create New Design</b> and give the number of surfaces (1 to 100), or open a saved
+<tt>.ovn</tt> file. Every row of the grid is one surface.</p>
+<table border="1" cellpadding="3" cellspacing="0">
+<tr><td><b>A.Stop</b></td><td>Click to put the aperture stop on that surface ("AS").</td></tr>
+<tr><td><b>Half-Diam.</b></td><td>Clear radius of the surface in mm; for an OBS.SCREEN the radius of the opaque disc.</td></tr>
+<tr><td><b>Curv.Radius</b></td><td>Radius of curvature in mm, positive when the centre lies to the right (+Z).
+  Type 0 for a plane.</td></tr>
+<tr><td><b>Thickness</b></td><td>Distance to the next vertex in mm. After a mirror light travels backwards:
+  thicknesses are negative until the next mirror. The last surface has no thickness; the image lies at
+  the back focal distance.</td></tr>
+<tr><td><b>MEDIUM</b></td><td>What follows the surface: AIR (Posit), AIR (Negat), a glass of one of the
+  catalogues, or DIRECT typed indices. A mirror is a change of sign: the space after a mirror is
+  AIR (Negat), the space after a second mirror AIR (Posit) again. A glass in a negative space keeps a
+  negative index.</td></tr>
+<tr><td><b>Surf. Type</b></td><td>SPHERE, CONIC (conic constant K: 0 sphere, -1 paraboloid, below -1
+  hyperboloid), HIGH-ORDER (K with the r<sup>4</sup>, r<sup>6</sup>, r<sup>8</sup> coefficients) or
+  OBS.SCREEN (a central obstruction such as a diagonal mirror's shadow).</td></tr>
+</table>
+<p>Click a number cell to type in it; Enter moves down, Tab moves right. Only digits, the point and the
+minus sign are taken.</p>
+<h3>The object and the beam</h3>
+<p><b>Infinity</b> is for a star: give the half-field angles in degrees. <b>Finite</b> is for an object at
+a distance: give the distance and the object height in mm. <b>Entr.Beam Half-Diam.</b> is the radius of
+the incoming beam; 0 takes the half-diameter of surface 1.</p>
+<h3>Updating</h3>
+<p>Press <b>OK</b> under the grid to read the table into the system. Back and effective focal length,
+the aperture ratio and the image height are then shown, and the analysis commands become available.
+" Data Input ERROR ! " means that a ray could not pass: check radii, thicknesses and media.</p>
+<p><b>Edit &gt; WaveLengths</b> chooses up to six wavelengths, <b>Edit &gt; TILT/ DECENTER</b> tilts and
+decenters surfaces and the image plane, <b>Edit &gt; Insert/Delete Surface/s</b> change the number of
+surfaces, and <b>Tools &gt; Scale System</b> and <b>Make Focal</b> scale the whole design.</p>
+)";
+
+}  // namespace
+
+SplashWindow::SplashWindow() : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint) {
+  setObjectName("frmSplash");
+  setWindowTitle("Ovrin");
+  auto* v = new QVBoxLayout(this);
+  v->setContentsMargins(24, 18, 24, 18);
+  auto* title = new QLabel("<span style='font-size:28pt; font-weight:bold'>Ovrin</span>", this);
+  title->setAlignment(Qt::AlignCenter);
+  auto* sub = new QLabel("Optical Design and Analysis Software\nfor telescope makers", this);
+  sub->setAlignment(Qt::AlignCenter);
+  auto* ver = new QLabel("Version " OVRIN_VERSION, this);
+  ver->setAlignment(Qt::AlignCenter);
+  v->addWidget(RedLine(this, "Line1"));
+  v->addWidget(RedLine(this, "Line2"));
+  v->addSpacing(12);
+  v->addWidget(title);
+  v->addWidget(sub);
+  v->addWidget(ver);
+  v->addSpacing(12);
+  v->addWidget(RedLine(this, "Line3"));
+  v->addWidget(RedLine(this, "Line4"));
+  setStyleSheet("SplashWindow, QWidget#frmSplash { background-color: white; }");
+  setAutoFillBackground(true);
+  QPalette p = palette();
+  p.setColor(QPalette::Window, Qt::white);
+  setPalette(p);
+  adjustSize();
+  CenterWindow(this, 2, 2);
+}
+
+HelpWindow::HelpWindow(QWidget* parent) : QDialog(parent) {
+  setObjectName("Frmguidadati");
+  setWindowTitle("Help: entering a design");
+  auto* text = new QTextBrowser(this);
+  text->setObjectName("TxtHelp");
+  text->setHtml(kHelpText);
+  auto* close = new QPushButton("Close", this);
+  close->setObjectName("CmdClose");
+  connect(close, &QPushButton::clicked, this, &QDialog::accept);
+  auto* v = new QVBoxLayout(this);
+  v->addWidget(text, 1);
+  v->addWidget(close, 0, Qt::AlignRight);
+  resize(fontMetrics().horizontalAdvance(QString(90, 'x')), fontMetrics().height() * 34);
+  CenterWindow(this, 2, 2);
+}
+
+AboutWindow::AboutWindow(QWidget* parent) : QDialog(parent) {
+  setObjectName("Frmabout");
+  setWindowTitle("About Ovrin");
+  auto* text = new QLabel(
+      "<h2>Ovrin</h2><p>Optical Design and Analysis Software<br>Version " OVRIN_VERSION
+      "</p><p>Design and analysis of telescopes and other sequential optical systems:<br>"
+      "surface tables, glass catalogues, real-ray tracing and first-order data.</p>"
+      "<p>Built with Qt " QT_VERSION_STR ".</p>",
+      this);
+  text->setTextFormat(Qt::RichText);
+  auto* ok = new QPushButton("OK", this);
+  ok->setObjectName("CmdOK");
+  connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+  auto* v = new QVBoxLayout(this);
+  v->addWidget(RedLine(this, "Line1"));
+  v->addWidget(text);
+  v->addWidget(RedLine(this, "Line2"));
+  v->addWidget(ok, 0, Qt::AlignRight);
+  CenterWindow(this, 2, 2);
+}
+
+}  // namespace ovrin::shell

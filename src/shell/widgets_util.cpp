@@ -1,0 +1,89 @@
+#include "shell/widgets_util.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMessageBox>
+#include <QScreen>
+#include <cstdio>
+
+#include "core/design_sheet.h"
+#include "core/number_text.h"
+
+namespace ovrin::shell {
+
+void CenterWindow(QWidget* w, int dx, int dy) {
+  if (dx == 0 || dy == 0) return;
+  QWidget* frame = w;
+  QSize area;
+  if (auto* sub = qobject_cast<QMdiSubWindow*>(w->parentWidget())) {
+    frame = sub;
+    area = sub->mdiArea() ? sub->mdiArea()->viewport()->size() : QSize();
+  }
+  if (!area.isValid()) {
+    QScreen* screen = w->screen() ? w->screen() : QGuiApplication::primaryScreen();
+    area = screen ? screen->availableGeometry().size() : QSize(1024, 768);
+  }
+  const int left = std::max(0, (area.width() - frame->width()) / dx);
+  const int top = std::max(0, (area.height() - frame->height()) / dy);
+  frame->move(left, top);
+}
+
+namespace {
+bool unattended = false;
+}
+
+void SetUnattended(bool on) { unattended = on; }
+
+void Tell(QWidget* parent, const QString& text, const QString& title) {
+  if (unattended) {
+    std::fprintf(stderr, "%s: %s\n", qPrintable(title), qPrintable(text));
+    return;
+  }
+  QMessageBox box(QMessageBox::Information, title, text, QMessageBox::Ok, parent);
+  box.setObjectName("MsgBox");
+  box.exec();
+}
+
+bool AskYesNo(QWidget* parent, const QString& text, const QString& title) {
+  if (unattended) return true;
+  QMessageBox box(QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No, parent);
+  box.setObjectName("MsgBox");
+  box.setDefaultButton(QMessageBox::Yes);
+  return box.exec() == QMessageBox::Yes;
+}
+
+bool KeyFilter::Accepts(Mode mode, const QString& text) {
+  for (QChar c : text) {
+    const int ch = c.unicode();
+    if (mode == NoQuote) {
+      if (ch == '"') return false;
+    } else if (!IsNumericEntryKey(ch)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool KeyFilter::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::KeyPress) return QObject::eventFilter(watched, event);
+  auto* key = static_cast<QKeyEvent*>(event);
+  const QString text = key->text();
+  // Keys without a character (arrows, Delete, Home, Enter's commit) pass;
+  // only the characters typed are filtered, backspace among the allowed ones.
+  if (text.isEmpty() || key->key() == Qt::Key_Backspace || key->key() == Qt::Key_Return ||
+      key->key() == Qt::Key_Enter || key->key() == Qt::Key_Tab || key->key() == Qt::Key_Escape ||
+      (key->modifiers() & Qt::ControlModifier))
+    return false;
+  if (Accepts(mode_, text)) return false;
+  if (mode_ != NumericSilent) Tell(qobject_cast<QWidget*>(watched), QStringLiteral(" Invalid entry"));
+  return true;
+}
+
+void FilterKeys(QLineEdit* box, KeyFilter::Mode mode) { box->installEventFilter(new KeyFilter(mode, box)); }
+
+double NumberIn(const QLineEdit* box) { return ParseLeadingNumber(box->text().toStdString()); }
+
+}  // namespace ovrin::shell
