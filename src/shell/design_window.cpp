@@ -310,13 +310,17 @@ void DesignWindow::SizeGrid() {
 
 void DesignWindow::CloseFloating() {
   if (editor_) {
-    QLineEdit* e = editor_;
+    // The box is deleted later (it may be inside its own event); until then it
+    // is hidden and no longer answers to its name.
+    editor_->hide();
+    editor_->setObjectName(QString());
     editor_ = nullptr;
     main_.session().sheet.txtDataEntryVisible = false;
     grid_->removeCellWidget(main_.session().sheet.editRow - 1, main_.session().sheet.editCol);
-    (void)e;
   }
   if (combo_) {
+    combo_->hide();
+    combo_->setObjectName(QString());
     combo_ = nullptr;
     main_.session().sheet.ComboGlassVisible = main_.session().sheet.CombotipoVisible = false;
     grid_->removeCellWidget(comboRow_ - 1, comboCol_);
