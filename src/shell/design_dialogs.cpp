@@ -49,7 +49,6 @@ QHBoxLayout* OkCancel(QPushButton* ok, QPushButton* cancel) {
 // when OK is pressed rather than at the keyboard.
 bool AllNumbers(QWidget* parent, std::initializer_list<QLineEdit*> boxes) {
   for (QLineEdit* b : boxes) {
-    if (!b->isVisible() && !b->isEnabled()) continue;
     if (!IsNumberText(S(b->text()))) {
       Tell(parent, " Invalid entry !");
       b->setFocus();
@@ -193,9 +192,13 @@ EnvironmentDialog::EnvironmentDialog(MainWindow& main) : QDialog(&main), main_(m
                              .arg(Q(FormatFixed(d.EnvPressCurrent, 3))),
                          this);
   now->setObjectName("LblCurrent");
-  temp_ = new QLineEdit(Q(ShortestText(d.EnvTempActual)), this);
+  // The conditions last asked for; a design just read knows only those it is valid at.
+  const bool asked = d.EnvPressActual != 0;
+  const float t0 = asked ? d.EnvTempActual : (d.EnvPressCurrent != 0 ? d.EnvTempCurrent : 20.0f);
+  const float p0 = asked ? d.EnvPressActual : (d.EnvPressCurrent != 0 ? d.EnvPressCurrent : 1.0f);
+  temp_ = new QLineEdit(Q(ShortestText(t0)), this);
   temp_->setObjectName("TxtTemp");
-  press_ = new QLineEdit(Q(ShortestText(d.EnvPressActual)), this);
+  press_ = new QLineEdit(Q(ShortestText(p0)), this);
   press_->setObjectName("TxtPress");
   FilterKeys(temp_, KeyFilter::NumericSilent);
   FilterKeys(press_, KeyFilter::NumericSilent);

@@ -41,6 +41,7 @@ GlassPicker::GlassPicker(MainWindow& main, Catalogue catalogue, int row)
   list_->setHorizontalHeaderLabels(
       {"Glass", "nd", "vd", QString("n at %1 micr.").arg(Q(FormatFixed(d.Wavelength[0], 4)))});
   list_->verticalHeader()->hide();
+  list_->verticalHeader()->setDefaultSectionSize(list_->fontMetrics().height() + 6);
   list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   list_->setSelectionBehavior(QAbstractItemView::SelectRows);
   list_->setSelectionMode(QAbstractItemView::SingleSelection);

@@ -18,10 +18,10 @@ void Settle() {
 }
 
 // A top-level window drawn as the desktop would frame it, over the main window.
-void PaintFramed(QPainter& p, QWidget* w, const QPoint& at) {
-  const QPixmap body = w->grab();
+void PaintFramed(QPainter& p, QWidget* w, const QPixmap& body, const QPoint& at) {
   const int bar = w->fontMetrics().height() + 10;
-  const QRect frame(at.x() - 1, at.y() - bar - 1, body.width() + 2, body.height() + bar + 2);
+  const QSize size = body.deviceIndependentSize().toSize();
+  const QRect frame(at.x() - 1, at.y() - bar - 1, size.width() + 2, size.height() + bar + 2);
   p.fillRect(frame.adjusted(4, 4, 4, 4), QColor(0, 0, 0, 60));  // shadow
   p.fillRect(frame, QColor(60, 70, 90));
   p.setPen(Qt::white);
@@ -49,10 +49,7 @@ QString SaveScreenshot(MainWindow& main, const QString& window, const QString& o
   } else if (name != "Frmdati") {
     main.OpenWindow(name);
   }
-  if (top) {
-    top->adjustSize();
-    top->show();
-  }
+  if (top) top->show();
   Settle();
 
   // The main window grows until every child window fits its workspace.
@@ -67,9 +64,16 @@ QString SaveScreenshot(MainWindow& main, const QString& window, const QString& o
                 main.height() + std::max(0, need.height() - area.height()));
     Settle();
   }
+  QPixmap body;
   if (top) {
+    // The window's own picture gives its size: a top-level window may not have
+    // been given its final geometry yet.
+    top->resize(top->size().expandedTo(top->sizeHint()));
+    Settle();
+    body = top->grab();
+    const QSize size = body.deviceIndependentSize().toSize();
     const int bar = top->fontMetrics().height() + 10;
-    const QSize grow(std::max(main.width(), top->width() + 80), std::max(main.height(), top->height() + bar + 120));
+    const QSize grow(std::max(main.width(), size.width() + 80), std::max(main.height(), size.height() + bar + 120));
     if (grow != main.size()) {
       main.resize(grow);
       Settle();
@@ -80,8 +84,10 @@ QString SaveScreenshot(MainWindow& main, const QString& window, const QString& o
   if (top) {
     QPainter p(&shot);
     const int bar = top->fontMetrics().height() + 10;
-    const QPoint at((shot.width() - top->width()) / 2, std::max(bar + 40, (shot.height() - top->height()) / 2));
-    PaintFramed(p, top, at);
+    const QSize size = body.deviceIndependentSize().toSize();
+    const QSize whole = shot.deviceIndependentSize().toSize();
+    const QPoint at((whole.width() - size.width()) / 2, std::max(bar + 40, (whole.height() - size.height()) / 2));
+    PaintFramed(p, top, body, at);
     p.end();
     top->close();
     delete top;

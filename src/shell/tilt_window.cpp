@@ -88,6 +88,7 @@ void TiltWindow::Load() {
     table_->setCellWidget(i - 1, kOrder, order);
   }
   table_->resizeColumnsToContents();
+  if (auto* o = table_->cellWidget(0, kOrder)) table_->setColumnWidth(kOrder, o->sizeHint().width() + 8);
   for (int c = kTiltX; c <= kDecX; ++c)
     table_->setColumnWidth(c, std::max(table_->columnWidth(c), fontMetrics().horizontalAdvance("-000.000000") + 16));
   const int rows = std::min(n + 1, 14);

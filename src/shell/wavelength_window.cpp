@@ -116,7 +116,10 @@ WavelengthWindow::WavelengthWindow(MainWindow& main) : QDialog(&main), main_(mai
   spectrum_->setObjectName("Picture5");
   spectrum_->setPixmap(QPixmap::fromImage(SpectrumStrip()));
   spectrum_->setFixedSize(kSpectrumWidth, kSpectrumHeight);
-  auto* scale = new QLabel("0.38                                                    0.72 micr.", spectrumBox);
+  auto* scale = new QHBoxLayout;
+  scale->addWidget(new QLabel("0.38 micr.", spectrumBox));
+  scale->addStretch(1);
+  scale->addWidget(new QLabel("0.72 micr.", spectrumBox));
   auto* list = new QListWidget(spectrumBox);
   list->setObjectName("List1");
   for (const WavelengthListEntry& e : kWavelengthList)
@@ -126,7 +129,7 @@ WavelengthWindow::WavelengthWindow(MainWindow& main) : QDialog(&main), main_(mai
   autopen->setObjectName("CmdAutoPen");
   connect(autopen, &QPushButton::clicked, this, [this] { AutoPen(); });
   sv->addWidget(spectrum_);
-  sv->addWidget(scale);
+  sv->addLayout(scale);
   sv->addWidget(list);
   sv->addWidget(autopen);
 
