@@ -477,8 +477,9 @@ bool MainWindow::OpenDesignFile(const QString& path, DesignFormat format) {
 
 void MainWindow::SaveDesign() {
   QString start = Q(session_.design.DesignFileName);
-  const QString path = QFileDialog::getSaveFileName(this, "Save As...", start, kFilter);
+  QString path = QFileDialog::getSaveFileName(this, "Save As...", start, kFilter);
   if (path.isEmpty()) return;
+  if (QFileInfo(path).suffix().isEmpty()) path += ".ovn";
   SaveDesignFile(path);
 }
 

@@ -321,6 +321,21 @@ class ShellTest : public QObject {
     int open = 0;
     for (auto* sub : m->mdiArea()->subWindowList()) open += sub->widget()->objectName() == "FrmTilt";
     QCOMPARE(open, 1);
+    // The notes refuse the double quote with a message; the angle boxes refuse letters.
+    QString message;
+    auto* notes = Frmdati()->findChild<QLineEdit*>("Txtcaratteristiche");
+    AnswerNextMessage(&message, QMessageBox::Ok);
+    QTest::keyClicks(notes, "f/8 \"RC");
+    QCOMPARE(message, QString(" Invalid entry"));
+    QCOMPARE(notes->text(), QString("f/8 RC"));
+    QCOMPARE(QString::fromStdString(s->sheet.Txtcaratteristiche), QString("f/8 RC"));
+    auto* angle = Frmdati()->findChild<QLineEdit*>("Txtangolo");
+    angle->clear();
+    message.clear();
+    AnswerNextMessage(&message, QMessageBox::Ok);
+    QTest::keyClicks(angle, "0.5d");
+    QCOMPARE(angle->text(), QString("0.5"));
+    QCOMPARE(message, QString(" Invalid entry"));
     // Windows that do not exist yet are disabled, never silent.
     QVERIFY(!m->findChild<QAction*>("MnuAnlSpot")->isEnabled());
     QVERIFY(!m->findChild<QAction*>("MnuTelDesNewton")->isEnabled());
