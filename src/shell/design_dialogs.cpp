@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
+#include <functional>
 
 #include "core/design_edit.h"
 #include "core/design_sheet.h"
@@ -43,6 +44,16 @@ QHBoxLayout* OkCancel(QPushButton* ok, QPushButton* cancel) {
   h->addWidget(cancel);
   ok->setDefault(true);
   return h;
+}
+
+// The foot of the small dialogs: OK runs `ok`, Cancel closes; then centred.
+void Finish(QDialog* d, QVBoxLayout* v, const std::function<void()>& on_ok) {
+  auto* ok = Button("CmdOK", "OK", d);
+  auto* cancel = Button("CmdCancel", "Cancel", d);
+  v->addLayout(OkCancel(ok, cancel));
+  QObject::connect(ok, &QPushButton::clicked, d, on_ok);
+  QObject::connect(cancel, &QPushButton::clicked, d, &QDialog::reject);
+  CenterWindow(d, 2, 2);
 }
 
 // Numbers in the coefficient boxes may carry an exponent, so they are checked
@@ -127,12 +138,7 @@ InsertDialog::InsertDialog(MainWindow& main) : QDialog(&main), main_(main) {
   auto* v = new QVBoxLayout(this);
   v->addLayout(form);
   v->addWidget(note);
-  auto* ok = Button("CmdOK", "OK", this);
-  auto* cancel = Button("CmdCancel", "Cancel", this);
-  v->addLayout(OkCancel(ok, cancel));
-  connect(ok, &QPushButton::clicked, this, [this] { Ok(); });
-  connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-  CenterWindow(this, 2, 2);
+  Finish(this, v, [this] { Ok(); });
 }
 
 void InsertDialog::Ok() {
@@ -159,15 +165,10 @@ DeleteDialog::DeleteDialog(MainWindow& main) : QDialog(&main), main_(main) {
   form->addRow("to surface", last_);
   auto* v = new QVBoxLayout(this);
   v->addLayout(form);
-  auto* ok = Button("CmdOK", "OK", this);
-  auto* cancel = Button("CmdCancel", "Cancel", this);
-  v->addLayout(OkCancel(ok, cancel));
   connect(first_, &QSpinBox::valueChanged, this, [this](int v) {
     if (last_->value() < v) last_->setValue(v);
   });
-  connect(ok, &QPushButton::clicked, this, [this] { Ok(); });
-  connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-  CenterWindow(this, 2, 2);
+  Finish(this, v, [this] { Ok(); });
 }
 
 void DeleteDialog::Ok() {
@@ -212,12 +213,7 @@ EnvironmentDialog::EnvironmentDialog(MainWindow& main) : QDialog(&main), main_(m
   v->addWidget(now);
   v->addLayout(form);
   v->addWidget(note);
-  auto* ok = Button("CmdOK", "OK", this);
-  auto* cancel = Button("CmdCancel", "Cancel", this);
-  v->addLayout(OkCancel(ok, cancel));
-  connect(ok, &QPushButton::clicked, this, [this] { Ok(); });
-  connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-  CenterWindow(this, 2, 2);
+  Finish(this, v, [this] { Ok(); });
 }
 
 void EnvironmentDialog::Ok() {
