@@ -424,10 +424,10 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy) {
   store(n);
 }
 
-void Tracer::TraceToImage(double image_distance) {
+void Tracer::TraceToImage(double image_distance, double focal_radius) {
   const DesignState& d = design_;
   const double n_last = (*CurIndexTable)[d.SurfCount];
-  CurRadius = 0.0;
+  CurRadius = focal_radius;
   CurN = CurNPrime = n_last;
   CurThick = image_distance;
   EnterImageFrame();

@@ -71,8 +71,9 @@ class Tracer {
 
   // The surface loop, surfaces 1..SurfCount, with the aperture test of the policy.
   void TraceSurfaces(const SurfaceLoopPolicy& policy);
-  // From the last surface to the image plane at image_distance.
-  void TraceToImage(double image_distance);
+  // From the last surface to the focal surface at image_distance: a plane, or a
+  // sphere of radius focal_radius (a curved image surface).
+  void TraceToImage(double image_distance, double focal_radius = 0.0);
 
   // Aim at pupil point (px, py) and trace through every surface to the image.
   void TraceRay(double px, double py, const SurfaceLoopPolicy& policy, double image_distance);

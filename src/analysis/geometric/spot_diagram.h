@@ -1,0 +1,101 @@
+#pragma once
+// The spot diagram: a bundle of real rays from a square pupil grid clipped by a
+// circle, traced per checked wavelength to the focal surface, with the spot's
+// size in numbers. The pupil grid and the bundle trace serve every geometric
+// analysis.
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/design_state.h"
+#include "core/ray_tracer.h"
+#include "output/canvas.h"
+
+namespace ovrin {
+
+inline constexpr int kPupilArraySize = 32001;  // indices 0..32000
+inline constexpr const char* kRayTraceError = "Ray-Trace ERROR! ";
+inline constexpr const char* kCheckDataError = "Error ! Check data ";
+
+// The "Rays per color" list and the grid steps each entry sets.
+struct RaysEntry {
+  const char* text;
+  int16_t div;
+};
+extern const std::array<RaysEntry, 8> kRaysPerColor;
+// PupilGridDiv of a list text; an empty text gives 10, an unknown one 0.
+int16_t PupilGridDivOf(const std::string& text);
+
+// The pupil points: entry 0 is the chief ray (0, 0).
+struct PupilGrid {
+  std::vector<double> PupilY = std::vector<double>(kPupilArraySize);
+  std::vector<double> PupilX = std::vector<double>(kPupilArraySize);
+  float PupilRayCount = 0;  // index of the last valid entry
+  float PupilRadius = 0;
+};
+
+// Fills the grid for the design's beam and UncenteredFlag. Returns false when
+// the grid does not fit the arrays or the beam gives no grid.
+bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g);
+
+// What the spot window's controls hold when a drawing starts.
+struct SpotSettings {
+  std::string rays = "558";          // Comboraggi
+  int field = 0;                     // ComboField: 0 "On-axis", 1 "Full-Field"
+  std::array<bool, 6> checked{true, false, false, false, false, false};  // wavelengths 1..6
+  std::string zoom = "1";            // Txtscala
+  std::string focalRadius = "0";     // Txtrcpf
+  std::string actualBfl;             // Txtbflattuale
+  bool plotVignetted = false;        // CheckVign
+  int background = 0;                // Combo1: 0 "White", 1 "Black", 2 "Grey"
+  // The design window's half-field angle boxes, read at drawing time.
+  std::string angleY = "0", angleX = "0";
+};
+
+// The numbers the window shows; they keep their text when a drawing fails.
+struct SpotLabels {
+  std::string lbldiamrms, lbldiamspot, lblaltezza, Lblpercentvig;
+  std::string Lblraggitot, Lblragginonvig, Lblraggivig, Lbldiamairy;
+  std::string scale;  // the scale line's value
+};
+
+// The working values of the spot window, kept from one drawing to the next.
+class SpotDiagram {
+ public:
+  SpotDiagram();
+
+  // The whole drawing onto `canvas` (may be null). Changes the design's
+  // UncenteredFlag when a full field has an X angle. Returns the failure
+  // message, empty on success or when nothing could be shown.
+  std::string Draw(DesignState& d, const SpotSettings& s, Canvas* canvas);
+
+  // --- results of the last drawing ---
+  SpotLabels labels;
+  bool drawn = false;     // a drawing got as far as the numbers
+  double RmsRadius = 0;
+  double SpotDiameter = 0;  // kept when the spreads are equal
+  double ChiefHeight = 0;
+  double VignPercent = 0;
+  float GoodRays = 0, VignRays = 0, RayCounter = 0;
+  float ZoomFactor = 1, MmPerPlotUnit = 0.002f;
+  PupilGrid grid;
+
+  // Stored rays (entries 0..GoodRays after the mirroring): image coordinates,
+  // weights and the wavelength of each; entry 0 is the reference chief ray.
+  std::vector<double> SpotY, SpotX;
+  std::vector<float> SpotWeight;
+  std::vector<int8_t> SpotWl;
+  std::vector<double> SpotDY, SpotDX;
+
+ private:
+  void TraceSpotBundle(const DesignState& d, Tracer& t, int k, double focal_radius, double actual_bfl,
+                       const SpotSettings& s, Canvas* canvas, Rgb vign_ink);
+};
+
+// The shift from Bfl of the focus that minimises the on-axis RMS radius of the
+// checked wavelengths (a bracket, then Brent's method to 1e-6 mm). The rays
+// per colour are those of the settings. Throws TraceError when rays fail.
+double AutoFocus(const DesignState& d, const SpotSettings& s);
+
+}  // namespace ovrin
