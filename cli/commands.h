@@ -20,11 +20,25 @@ struct TraceOptions {
   double bfl = 0;
 };
 
+struct SpotOptions {
+  bool full_field = false;
+  std::string rays = "558";
+  std::vector<int> wavelengths{1};
+  bool has_bfl = false;
+  double bfl = 0;
+  double focal_radius = 0;
+  double zoom = 1;
+  bool points = false;
+  std::string png;
+};
+
 nlohmann::json Update(const std::string& file);
 nlohmann::json Trace(const std::string& file, const TraceOptions& opt);
 nlohmann::json Index(const std::string& catalogue, const std::string& name, double wavelength);
 nlohmann::json Wavelengths(const std::string& in, const std::string& out,
                            const std::vector<double>& set, const std::vector<double>& weights);
+nlohmann::json Spot(const std::string& file, const SpotOptions& opt);
+nlohmann::json AutoFocusCommand(const std::string& file, const SpotOptions& opt);
 nlohmann::json Resave(const std::string& in, const std::string& out, const std::string& import);
 
 }  // namespace ovrin::cli

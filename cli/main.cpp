@@ -56,6 +56,27 @@ int main(int argc, char** argv) {
   wavelengths->add_option("--set", wl_set, "wavelengths in microns, comma separated")->required()->delimiter(',');
   wavelengths->add_option("--weights", wl_weights, "weights, comma separated")->delimiter(',');
 
+  SpotOptions sopt;
+  std::string spot_field = "axis", rays = "558";
+  double spot_bfl = 0;
+  std::vector<int> spot_wl{1};
+  auto spot_options = [&](CLI::App* c) {
+    c->add_option("FILE", file, "design file (.ovn)")->required();
+    c->add_option("--wl", spot_wl, "checked wavelengths, comma separated (default 1)")->delimiter(',');
+  };
+  auto* spot = app.add_subcommand("spot", "Spot diagram: RMS radius, diameter, ray counts and labels");
+  spot_options(spot);
+  spot->add_option("--field", spot_field, "axis or full")->check(CLI::IsMember({"axis", "full"}));
+  spot->add_option("--rays", rays, "rays per color: 128, 340, 558, 832, 1300, 2346, 3478 or 5100");
+  auto* spot_bfl_opt = spot->add_option("--bfl", spot_bfl, "Actual B.F.L. (default: Bfl at 3 decimals)");
+  spot->add_option("--focal-radius", sopt.focal_radius, "radius of the focal surface, 0 flat");
+  spot->add_option("--zoom", sopt.zoom, "zoom of the picture");
+  spot->add_flag("--points", sopt.points, "list every stored ray as [dx, dy, wavelength]");
+  spot->add_option("--png", sopt.png, "write the picture as a PNG file");
+  auto* autofocus = app.add_subcommand("autofocus", "Focus shift from Bfl of the smallest on-axis RMS spot");
+  spot_options(autofocus);
+  autofocus->add_option("--rays", rays, "rays per color");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp& e) {
@@ -77,6 +98,13 @@ int main(int argc, char** argv) {
       result = Index(catalogue, glass_name, glass_wl);
     } else if (*wavelengths) {
       result = Wavelengths(in_file, out_file, wl_set, wl_weights);
+    } else if (*spot || *autofocus) {
+      sopt.full_field = spot_field == "full";
+      sopt.rays = rays;
+      sopt.wavelengths = spot_wl;
+      sopt.has_bfl = spot_bfl_opt->count() > 0;
+      sopt.bfl = spot_bfl;
+      result = *spot ? Spot(file, sopt) : AutoFocusCommand(file, sopt);
     } else if (*resave) {
       result = Resave(in_file, out_file, import);
     }
