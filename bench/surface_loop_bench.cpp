@@ -8,47 +8,11 @@
 #include "core/number_text.h"
 #include "core/ray_tracer.h"
 #include "core/system_update.h"
+#include "bench_designs.h"
 
 namespace {
 
 using namespace ovrin;
-
-// Five separated singlets: ten refracting surfaces, all SPHERE or all HIGH-ORDER.
-struct TenSurfaces {
-  DesignState d;
-  DesignSheet sheet;
-  StoredIndicesResolver media;
-
-  explicit TenSurfaces(bool high_order) {
-    ClearDesign(d);
-    ResetTiltDecenter(d);
-    d.WlCount = 1;
-    d.Wavelength[0] = 0.5461f;
-    sheet.ApplySurfaceCount("10");
-    for (int i = 1; i <= 10; ++i) {
-      const bool front = i % 2 == 1;
-      sheet.Cell(i, 2) = "30";
-      sheet.Cell(i, 3) = ShortestText(front ? 400.0 + 20 * i : -600.0 - 20 * i);
-      sheet.Cell(i, 4) = front ? "6" : "20";
-      if (front) {
-        d.MediumCode[i] = kMediumDirect;
-        sheet.Cell(i, 5) = "DIRECT";
-        d.IndexWl[1][i] = 1.5168;
-      } else {
-        PickAir(d, sheet, i, false);
-      }
-      if (high_order) {
-        SetSurfaceCoefficients(d, sheet, i, true, -0.5, 1e-8, -1e-12, 1e-16);
-      } else {
-        PickSurfaceType(d, sheet, i, kSphere);
-      }
-    }
-    sheet.Text1 = "25";
-    sheet.Txtangolo = "1";
-    UpdateResult r = cmdupdate(d, sheet, media);
-    if (!r.ok) throw std::runtime_error("bench design failed to update");
-  }
-};
 
 void RunLoop(benchmark::State& state, bool high_order) {
   TenSurfaces design(high_order);
