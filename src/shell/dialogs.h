@@ -186,6 +186,19 @@ class HelpWindow : public QDialog {
   explicit HelpWindow(QWidget* parent);
 };
 
+// FrmGuida: the manual, one chapter per window, opened at a window's topic.
+class HelpBook : public QWidget {
+  Q_OBJECT
+ public:
+  explicit HelpBook(QWidget* parent);
+  void ShowTopic(const QString& topic);
+  QString CurrentTopic() const;
+
+ private:
+  QListWidget* chapters_;
+  class QTextBrowser* page_;
+};
+
 // Frmabout.
 class AboutWindow : public QDialog {
   Q_OBJECT

@@ -1,6 +1,8 @@
 // The opening picture, the help on entering a design, and About.
 #include <QDialogButtonBox>
 #include <QFrame>
+#include <QHBoxLayout>
+#include <QListWidget>
 #include <QLabel>
 #include <QPushButton>
 #include <QTextBrowser>
@@ -57,7 +59,84 @@ decenters surfaces and the image plane, <b>Edit &gt; Insert/Delete Surface/s</b>
 surfaces, and <b>Tools &gt; Scale System</b> and <b>Make Focal</b> scale the whole design.</p>
 )";
 
+struct Chapter {
+  const char* topic;
+  const char* title;
+  const char* html;
+};
+
+const Chapter kChapters[] = {
+    {"DesignData", "The design window",
+     "<h3>The design window</h3><p>Every row of the grid is a surface, in the order in which light meets "
+     "it. Click a cell to change it: numbers are typed in place (Enter moves down, Tab to the right), the "
+     "MEDIUM column offers air and the glass catalogues, the type column the surface shapes. The last "
+     "surface has no thickness: the image lies at the back focal distance.</p><p>Press <b>OK</b> to read "
+     "the table into the system. The back and effective focal lengths, the aperture ratio (or the image "
+     "NA of a near object) and the image height of the chief ray are then shown.</p>"},
+    {"WaveLengths", "Wavelengths",
+     "<h3>Wavelengths</h3><p>Up to six wavelengths, in microns; the first is the reference for the focal "
+     "lengths. The presets fill the visible C, e and F lines, or the eye's night (scotopic) or day "
+     "(photopic) curve with their weights. Each wavelength has a pen colour for the plots; the automatic "
+     "choice takes it from the spectrum strip. Storing the wavelengths recomputes every glass index.</p>"},
+    {"Glass", "Glasses",
+     "<h3>Glasses</h3><p>Choose a catalogue in the MEDIUM column, then the glass in its list; type a part "
+     "of the name to narrow the list. After a mirror light runs backwards and a glass there has a negative "
+     "index: the program keeps the sign for you. DIRECT takes indices you type, one per wavelength.</p>"},
+    {"Tilt", "Tilts and decenters",
+     "<h3>Tilts and decenters</h3><p>Each surface, and the image plane in the last row, may be decentered "
+     "in Y and X (mm) and tilted about X and Y (degrees). The order says whether the decenter or the tilt "
+     "comes first. A tilted or decentered system is traced over the whole pupil instead of half of it.</p>"},
+    {"SpotDiagram", "Spot diagram",
+     "<h3>Spot diagram</h3><p>A bundle of rays from a square grid over the entrance pupil is traced to the "
+     "focal surface, for each checked wavelength, on the axis or at the full field of the design window. "
+     "<b>Rays per color</b> sets the grid; a centred system traces half the pupil and mirrors it.</p>"
+     "<p>The RMS radius is taken about the spot's weighted centroid, while the picture is centred on the "
+     "chief ray of the first checked wavelength, so lateral colour shows as a shift between colours. The "
+     "spot diameter is the larger side of the box around the spot. The circle at the lower right is the "
+     "Airy disc at the same scale; the bar on the left gives the scale in mm. A larger zoom number enlarges "
+     "the spot.</p><p><b>Actual B.F.L.</b> is where the image is taken; <b>AutoFocus</b> finds the distance "
+     "with the smallest on-axis RMS spot for the checked wavelengths. A curved focal surface is given by "
+     "its radius (0 is flat). <b>Plot Vign.Rays</b> also draws the rays stopped by an aperture or an "
+     "obstruction.</p>"},
+    {"Output", "Printing and pictures",
+     "<h3>Printing and pictures</h3><p><b>Print</b> sends the window's picture to a printer, fitted to the "
+     "page with its proportions kept. <b>Save as bmp file</b> writes the window's picture as a bitmap. "
+     "<b>BackColor</b> changes the plot's background at once; the ink follows at the next drawing.</p>"},
+};
+
 }  // namespace
+
+HelpBook::HelpBook(QWidget* parent) : QWidget(parent) {
+  setObjectName("FrmGuida");
+  setWindowTitle("Ovrin Help");
+  chapters_ = new QListWidget(this);
+  chapters_->setObjectName("ListChapters");
+  page_ = new QTextBrowser(this);
+  page_->setObjectName("picInner");
+  for (const Chapter& c : kChapters) {
+    auto* item = new QListWidgetItem(c.title, chapters_);
+    item->setData(Qt::UserRole, QString(c.topic));
+  }
+  chapters_->setMaximumWidth(chapters_->fontMetrics().horizontalAdvance("Printing and pictures") + 40);
+  connect(chapters_, &QListWidget::currentRowChanged, this, [this](int row) {
+    if (row >= 0 && row < static_cast<int>(std::size(kChapters))) page_->setHtml(kChapters[row].html);
+  });
+  auto* h = new QHBoxLayout(this);
+  h->addWidget(chapters_);
+  h->addWidget(page_, 1);
+  resize(fontMetrics().horizontalAdvance(QString(100, 'x')), fontMetrics().height() * 28);
+  chapters_->setCurrentRow(0);
+}
+
+void HelpBook::ShowTopic(const QString& topic) {
+  for (int i = 0; i < chapters_->count(); ++i)
+    if (chapters_->item(i)->data(Qt::UserRole).toString() == topic) chapters_->setCurrentRow(i);
+}
+
+QString HelpBook::CurrentTopic() const {
+  auto* item = chapters_->currentItem();
+  return item ? item->data(Qt::UserRole).toString() : QString();
+}
 
 SplashWindow::SplashWindow() : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint) {
   setObjectName("frmSplash");

@@ -21,6 +21,7 @@
 #include "glass/glass_pick.h"
 #include "shell/design_window.h"
 #include "shell/dialogs.h"
+#include "shell/spot_window.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -62,6 +63,8 @@ void MainWindow::BuildWindows() {
   auto modal = [this](auto make) { return WindowKind{true, make}; };
   windows_["Frmdati"] = child([this] { return new DesignWindow(*this); });
   windows_["FrmTilt"] = child([this] { return new TiltWindow(*this); });
+  windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
+  windows_["FrmGuida"] = child([this] { return new HelpBook(this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -548,6 +551,10 @@ bool MainWindow::PickMedium(int row, int medium_code) {
 bool MainWindow::EditSurfaceCoefficients(int row, bool high_order) {
   SurfaceDialog dialog(*this, row, high_order);
   return dialog.exec() == QDialog::Accepted;
+}
+
+void MainWindow::OpenHelp(const QString& topic) {
+  if (auto* book = qobject_cast<HelpBook*>(OpenWindow("FrmGuida"))) book->ShowTopic(topic);
 }
 
 // ---------------------------------------------------------------------------

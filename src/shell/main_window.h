@@ -70,6 +70,9 @@ class MainWindow : public QMainWindow {
   // The glass picker of a catalogue medium code, or the direct-index window
   // for code 4, for a grid row; returns whether the user chose.
   bool PickMedium(int row, int medium_code);
+  // FrmGuida, opened at a chapter.
+  void OpenHelp(const QString& topic);
+
   // The surface coefficients dialog of a row (CONIC or HIGH-ORDER).
   bool EditSurfaceCoefficients(int row, bool high_order);
 

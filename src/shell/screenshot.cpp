@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPixmap>
 
+#include "shell/analysis_window.h"
 #include "shell/dialogs.h"
 #include "shell/main_window.h"
 
@@ -47,7 +48,11 @@ QString SaveScreenshot(MainWindow& main, const QString& window, const QString& o
   } else if (QWidget* modal = main.CreateModalWindow(name)) {
     top = modal;
   } else if (name != "Frmdati") {
-    main.OpenWindow(name);
+    // An analysis window is shown with its first drawing.
+    if (auto* analysis = qobject_cast<AnalysisWindow*>(main.OpenWindow(name))) {
+      Settle();
+      analysis->Update();
+    }
   }
   if (top) top->show();
   Settle();

@@ -2,7 +2,11 @@
 // floating boxes and the modal windows, on Qt's offscreen platform.
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QFileInfo>
+#include <QImage>
+#include <QPrinter>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -20,7 +24,10 @@
 #include "core/design_file.h"
 #include "glass/catalogue_media.h"
 #include "shell/design_window.h"
+#include "core/number_text.h"
+#include "shell/dialogs.h"
 #include "shell/main_window.h"
+#include "shell/spot_window.h"
 
 using namespace ovrin;
 using namespace ovrin::shell;
@@ -311,6 +318,53 @@ class ShellTest : public QObject {
     QCOMPARE(s->design.GlassSchott[1], std::string("N-BK7"));
   }
 
+  void spotDiagramWindow() {
+    QVERIFY(m->OpenDesignFile(ExampleFile("achromat_80_f12_schott.ovn"), DesignFormat::Current));
+    m->findChild<QAction*>("Toolbar1_SpotDiagram")->trigger();
+    auto* spot = qobject_cast<SpotWindow*>(m->FindChildWindow("frmspot"));
+    QVERIFY(spot);
+    QCOMPARE(spot->windowTitle(), QString("Detailed Polichromatic SPOT-DIAGRAM "));
+    // Three wavelengths in use: boxes 1..3 can be checked, only the first is.
+    QVERIFY(spot->findChild<QCheckBox*>("Check_c")->isEnabled());
+    QVERIFY(!spot->findChild<QCheckBox*>("Check_f")->isEnabled());
+    QVERIFY(!spot->findChild<QCheckBox*>("Check_r")->isChecked());
+    QCOMPARE(spot->findChild<QComboBox*>("Comboraggi")->currentText(), QString("558"));
+    auto* actual = spot->findChild<QLineEdit*>("Txtbflattuale");
+    QCOMPARE(actual->text(), QString::fromStdString(FormatFixed(s->design.Bfl, 3)));
+    QVERIFY(spot->findChild<QLabel*>("lbldiamrms")->text().isEmpty());  // nothing before Update
+
+    Click(spot, "Update");
+    // The window shows what the engine computes for the same settings.
+    SpotDiagram engine;
+    DesignState copy = s->design;
+    engine.Draw(copy, spot->Settings(), nullptr);
+    QCOMPARE(spot->findChild<QLabel*>("lbldiamrms")->text(), QString::fromStdString(engine.labels.lbldiamrms));
+    QCOMPARE(spot->findChild<QLabel*>("Lblraggitot")->text(), QString::fromStdString(engine.labels.Lblraggitot));
+    QVERIFY(!spot->findChild<PlotView*>("Picturespot")->plot().empty());
+
+    Click(spot, "Command1");  // autofocus: the focus at 4 decimals, then a drawing
+    const double focus = actual->text().toDouble();
+    QCOMPARE(actual->text(), QString::fromStdString(FormatFixed(focus, 4)));
+    QVERIFY(spot->spot().RmsRadius <= engine.RmsRadius);
+    Click(spot, "Command1");
+    QCOMPARE(actual->text().toDouble(), focus);
+
+    QTemporaryDir dir;
+    QVERIFY(spot->SaveImageTo(dir.filePath("spot.bmp")));
+    QImage bmp(dir.filePath("spot.bmp"));
+    QCOMPARE(bmp.size(), spot->grab().size());
+    QPrinter pdf(QPrinter::HighResolution);
+    pdf.setOutputFormat(QPrinter::PdfFormat);
+    pdf.setOutputFileName(dir.filePath("spot.pdf"));
+    QVERIFY(spot->PrintTo(pdf));
+    QVERIFY(QFileInfo(dir.filePath("spot.pdf")).size() > 1000);
+
+    Click(spot, "Help");
+    auto* help = qobject_cast<HelpBook*>(m->FindChildWindow("FrmGuida"));
+    QVERIFY(help);
+    QCOMPARE(help->CurrentTopic(), QString("SpotDiagram"));
+  }
+
   void reopeningAWindowStartsItAfresh() {
     NewDesignOf("2");
     m->OpenWindow("FrmTilt");
@@ -337,7 +391,8 @@ class ShellTest : public QObject {
     QCOMPARE(angle->text(), QString("0.5"));
     QCOMPARE(message, QString(" Invalid entry"));
     // Windows that do not exist yet are disabled, never silent.
-    QVERIFY(!m->findChild<QAction*>("MnuAnlSpot")->isEnabled());
+    QVERIFY(m->findChild<QAction*>("MnuAnlSpot")->isEnabled());
+    QVERIFY(!m->findChild<QAction*>("MnuAnlMultiSpot")->isEnabled());
     QVERIFY(!m->findChild<QAction*>("MnuTelDesNewton")->isEnabled());
   }
 };

@@ -1,0 +1,50 @@
+#pragma once
+// frmspot: the detailed polychromatic spot diagram.
+#include "analysis/geometric/spot_diagram.h"
+#include "shell/analysis_window.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+
+namespace ovrin::shell {
+
+class SpotWindow : public AnalysisWindow {
+  Q_OBJECT
+ public:
+  explicit SpotWindow(MainWindow& main);
+
+  SpotSettings Settings() const;
+  const SpotDiagram& spot() const { return spot_; }
+  // Command1: the focus of the smallest on-axis RMS spot, then Update.
+  void AutoFocusAndUpdate();
+
+ protected:
+  void Recompute() override;
+  void Activated() override;
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void ShowLabels();
+  SpotDiagram spot_;
+  QComboBox* field_;
+  QComboBox* rays_;
+  QLineEdit* zoom_;
+  QLineEdit* focalRadius_;
+  QCheckBox* plotVign_;
+  QLabel* label16_;
+  QLabel* lblangolo_;
+  QLabel* rms_;
+  QLabel* diameter_;
+  QLabel* height_;
+  QLabel* vignPercent_;
+  QLabel* total_;
+  QLabel* passed_;
+  QLabel* stopped_;
+  QLabel* airy_;
+  QLabel* scale_;
+  bool opened_ = false;
+};
+
+}  // namespace ovrin::shell
