@@ -18,3 +18,5 @@ shot design-window Frmdati
 shot wavelengths FrmWL
 shot glass-picker FrmSchott
 shot tilt-decenter FrmTilt
+DESIGN="examples/newtonian_200_f5.ovn"
+shot spot-diagram frmspot
