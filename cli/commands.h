@@ -32,6 +32,14 @@ struct SpotOptions {
   std::string png;
 };
 
+struct LayoutOptions {
+  int rays = 3;
+  double field = 0;
+  bool full_field = false;
+  bool vign = false;
+  std::string png, svg;
+};
+
 nlohmann::json Update(const std::string& file);
 nlohmann::json Trace(const std::string& file, const TraceOptions& opt);
 nlohmann::json Index(const std::string& catalogue, const std::string& name, double wavelength);
@@ -39,6 +47,7 @@ nlohmann::json Wavelengths(const std::string& in, const std::string& out,
                            const std::vector<double>& set, const std::vector<double>& weights);
 nlohmann::json Spot(const std::string& file, const SpotOptions& opt);
 nlohmann::json AutoFocusCommand(const std::string& file, const SpotOptions& opt);
+nlohmann::json LayoutCommand(const std::string& file, const LayoutOptions& opt);
 nlohmann::json Resave(const std::string& in, const std::string& out, const std::string& import);
 
 }  // namespace ovrin::cli

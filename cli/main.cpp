@@ -77,6 +77,20 @@ int main(int argc, char** argv) {
   spot_options(autofocus);
   autofocus->add_option("--rays", rays, "rays per color");
 
+  LayoutOptions lopt;
+  auto* layout = app.add_subcommand("layout", "2D layout: total track, frame, and the picture");
+  layout->add_option("FILE", file, "design file (.ovn)")->required();
+  layout->add_option("--rays", lopt.rays, "rays per fan, 0 to 61 (default 3)");
+  layout->add_option("--field", lopt.field, "field of the blue rays, degrees");
+  layout->add_flag("--full-field", lopt.full_field, "draw the opposite half-field too");
+  layout->add_flag("--vign", lopt.vign, "draw vignetted rays to the end");
+  auto* png_opt = layout->add_option("--png", lopt.png, "write the picture as PNG");
+  auto* svg_opt = layout->add_option("--svg", lopt.svg, "write the picture as SVG");
+  png_opt->excludes(svg_opt);
+  layout->callback([&] {
+    if (lopt.png.empty() && lopt.svg.empty()) throw CLI::ValidationError("layout", "--png OUT.png or --svg OUT.svg is needed");
+  });
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp& e) {
@@ -105,6 +119,8 @@ int main(int argc, char** argv) {
       sopt.has_bfl = spot_bfl_opt->count() > 0;
       sopt.bfl = spot_bfl;
       result = *spot ? Spot(file, sopt) : AutoFocusCommand(file, sopt);
+    } else if (*layout) {
+      result = LayoutCommand(file, lopt);
     } else if (*resave) {
       result = Resave(in_file, out_file, import);
     }

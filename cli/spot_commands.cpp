@@ -116,3 +116,47 @@ nlohmann::json AutoFocusCommand(const std::string& file, const SpotOptions& opt)
 }
 
 }  // namespace ovrin::cli
+
+// ---------------------------------------------------------------------------
+// ovrin-cli layout
+
+#include <QSvgGenerator>
+
+#include "output/layout.h"
+
+namespace ovrin::cli {
+
+nlohmann::json LayoutCommand(const std::string& file, const LayoutOptions& opt) {
+  Loaded s;
+  LoadDesign(s, file);
+  if (opt.rays < 0 || opt.rays > 61) throw CliFailure("The number of rays goes from 0 to 61");
+  LayoutSettings set;
+  set.rays = opt.rays;
+  set.field_deg = opt.field;
+  set.field_fraction = opt.field != 0 ? 1.0 : 0.0;
+  set.both_half_fields = opt.full_field;
+  set.plot_vignetted = opt.vign;
+  const Layout layout = ComputeLayout(s.design, set);
+  RecordingCanvas plot;
+  DrawLayout(layout, set, layout.frame, plot);
+  if (!opt.png.empty() || !opt.svg.empty()) EnsureGuiApplication();
+  constexpr int kW = 1000, kH = 500;  // the frame is four times as wide as half its height
+  if (!opt.png.empty() && !RenderPlot(plot, kW, kH).save(QString::fromStdString(opt.png), "PNG"))
+    throw CliFailure("Cannot write " + opt.png);
+  if (!opt.svg.empty()) {
+    QSvgGenerator svg;
+    svg.setFileName(QString::fromStdString(opt.svg));
+    svg.setSize(QSize(kW, kH));
+    svg.setViewBox(QRect(0, 0, kW, kH));
+    svg.setTitle("2D- LAYOUT");
+    QPainter p;
+    if (!p.begin(&svg)) throw CliFailure("Cannot write " + opt.svg);
+    QPainterCanvas canvas(p, QRectF(0, 0, kW, kH));
+    plot.Replay(canvas);
+    p.end();
+  }
+  const LayoutFrame& f = layout.frame;
+  return {{"TotalTrack", layout.TotalTrack}, {"Frame", {f.left, f.top, f.right, f.bottom}}};
+}
+
+}  // namespace ovrin::cli

@@ -344,7 +344,7 @@ void Tracer::StartRay() {
   }
 }
 
-void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy) {
+void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* visit) {
   const DesignState& d = design_;
   const SurfTable& index = d.IndexWl[policy.wavelength];
   CurIndexTable = &index;
@@ -395,6 +395,7 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy) {
       store(i);
       throw TraceError();
     }
+    const RayVec hit = r;
     // A tilted mirror turns the frame a second time. The Y tilt counts only
     // once it rounds to a whole radian (halves to even: |TiltB| above 0.5);
     // the X tilt counts at any size.
@@ -418,6 +419,7 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy) {
         VignSurf = i;
       }
     }
+    if (visit) [[unlikely]] visit->at(visit->context, i, hit.x, hit.y, hit.z, RayVignetted);
     n_before = n_after;
     thick = d.Thickness[i];
   }

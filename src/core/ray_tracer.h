@@ -20,6 +20,14 @@ struct SurfaceLoopPolicy {
   double apertureMargin = 0.1;  // mm added to a half-diameter before a ray counts as vignetted
 };
 
+// An observer of the surface loop: told, at each surface, where the ray met it
+// in the surface's own frame and whether the ray is stopped by then. Only the
+// drawings use it; the analyses pass none.
+struct SurfaceVisit {
+  void (*at)(void* context, int surface, double x, double y, double z, bool stopped);
+  void* context;
+};
+
 class Tracer {
  public:
   explicit Tracer(const DesignState& design);
@@ -70,7 +78,7 @@ class Tracer {
   void StartRay();
 
   // The surface loop, surfaces 1..SurfCount, with the aperture test of the policy.
-  void TraceSurfaces(const SurfaceLoopPolicy& policy);
+  void TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* visit = nullptr);
   // From the last surface to the focal surface at image_distance: a plane, or a
   // sphere of radius focal_radius (a curved image surface).
   void TraceToImage(double image_distance, double focal_radius = 0.0);
