@@ -11,6 +11,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiSubWindow>
+#include <QMouseEvent>
+#include <QRubberBand>
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -44,16 +46,54 @@ void PlotView::SetBackground(Rgb color) {
 
 QSize PlotView::sizeHint() const { return {560, static_cast<int>(560 / aspect_)}; }
 
-void PlotView::paintEvent(QPaintEvent*) {
-  QPainter p(this);
-  p.fillRect(rect(), palette().window());
+QRectF PlotView::Target() const {
   // The largest rectangle of the plot's proportions, centred.
   double w = width(), h = w / aspect_;
   if (h > height()) {
     h = height();
     w = h * aspect_;
   }
-  const QRectF target((width() - w) / 2, (height() - h) / 2, w, h);
+  return {(width() - w) / 2, (height() - h) / 2, w, h};
+}
+
+QPointF PlotView::ToPlot(const QPointF& at) const {
+  const QRectF t = Target();
+  for (const auto& item : plot_.items()) {
+    if (item.op != RecordingCanvas::Op::Window) continue;
+    return {item.a + (at.x() - t.left()) / t.width() * (item.c - item.a),
+            item.b + (at.y() - t.top()) / t.height() * (item.d - item.b)};
+  }
+  return at;
+}
+
+void PlotView::mousePressEvent(QMouseEvent* e) {
+  if (!rubberBand_ || e->button() != Qt::LeftButton) return QWidget::mousePressEvent(e);
+  origin_ = e->pos();
+  if (!band_) band_ = new QRubberBand(QRubberBand::Rectangle, this);
+  band_->setObjectName("Shape1");
+  band_->setGeometry(QRect(origin_, QSize()));
+  band_->show();
+}
+
+void PlotView::mouseMoveEvent(QMouseEvent* e) {
+  if (band_ && band_->isVisible()) band_->setGeometry(QRect(origin_, e->pos()).normalized());
+  QWidget::mouseMoveEvent(e);
+}
+
+void PlotView::mouseReleaseEvent(QMouseEvent* e) {
+  if (!band_ || !band_->isVisible()) return QWidget::mouseReleaseEvent(e);
+  band_->hide();
+  const QRect r = QRect(origin_, e->pos()).normalized();
+  if (r.width() < 4 || r.height() < 4) return;  // a click, not a rectangle
+  const QPointF a = ToPlot(r.topLeft()), b = ToPlot(r.bottomRight());
+  emit rectangleChosen(std::min(a.x(), b.x()), std::max(a.y(), b.y()), std::max(a.x(), b.x()),
+                       std::min(a.y(), b.y()));
+}
+
+void PlotView::paintEvent(QPaintEvent*) {
+  QPainter p(this);
+  p.fillRect(rect(), palette().window());
+  const QRectF target = Target();
   p.fillRect(target, QColor(background_.r, background_.g, background_.b));
   QPainterCanvas canvas(p, target);
   // The background list acts at once: the recorded clearing takes today's colour.
@@ -86,7 +126,7 @@ const char* const kCheckNames[6] = {"Check_e", "Check_r", "Check_c", "Check_f", 
 }  // namespace
 
 AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* caption, const char* help_topic,
-                               double plot_aspect)
+                               double plot_aspect, bool focus_controls)
     : main_(main), helpTopic_(help_topic) {
   setObjectName(name);
   setWindowTitle(caption);
@@ -156,6 +196,12 @@ AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* c
   for (QPushButton* b : {update, print, save, help, exit}) buttons->addWidget(b);
   buttons->addStretch(1);
 
+  if (!focus_controls) {
+    wlBox->hide();
+    for (QWidget* w : {static_cast<QWidget*>(referBfl_), static_cast<QWidget*>(actualBfl_)}) w->hide();
+    for (int r = 0; r < 2; ++r)
+      if (auto* item = fixed->itemAtPosition(r, 0)) item->widget()->hide();
+  }
   auto* left = new QVBoxLayout;
   left->addWidget(designName_);
   left->addWidget(plot_, 1);

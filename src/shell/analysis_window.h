@@ -15,6 +15,7 @@ class QLabel;
 class QLineEdit;
 class QPrinter;
 class QPushButton;
+class QRubberBand;
 
 namespace ovrin::shell {
 
@@ -30,11 +31,25 @@ class PlotView : public QWidget {
   void SetBackground(Rgb color);
   const RecordingCanvas& plot() const { return plot_; }
   QSize sizeHint() const override;
+  // Dragging with the left button then reports the rectangle in plot units.
+  void EnableRubberBand(bool on) { rubberBand_ = on; }
+  // A point of the widget in the coordinates of the last drawing.
+  QPointF ToPlot(const QPointF& widget_point) const;
+
+ signals:
+  void rectangleChosen(double left, double top, double right, double bottom);
 
  protected:
   void paintEvent(QPaintEvent*) override;
+  void mousePressEvent(QMouseEvent* e) override;
+  void mouseMoveEvent(QMouseEvent* e) override;
+  void mouseReleaseEvent(QMouseEvent* e) override;
 
  private:
+  QRectF Target() const;
+  bool rubberBand_ = false;
+  QRubberBand* band_ = nullptr;
+  QPoint origin_;
   RecordingCanvas plot_;
   Rgb background_{255, 255, 255};
   double aspect_;
@@ -43,8 +58,10 @@ class PlotView : public QWidget {
 class AnalysisWindow : public QWidget {
   Q_OBJECT
  public:
+  // `focus_controls`: the wavelength boxes and the back focus boxes, which the
+  // windows that draw the design itself do without.
   AnalysisWindow(MainWindow& main, const char* name, const char* caption, const char* help_topic,
-                 double plot_aspect);
+                 double plot_aspect, bool focus_controls = true);
 
   // The Update button.
   void Update();

@@ -98,6 +98,13 @@ const Chapter kChapters[] = {
      "with the smallest on-axis RMS spot for the checked wavelengths. A curved focal surface is given by "
      "its radius (0 is flat). <b>Plot Vign.Rays</b> also draws the rays stopped by an aperture or an "
      "obstruction.</p>"},
+    {"Layout", "2D layout",
+     "<h3>2D layout</h3><p>The design drawn as a section along its axis: lenses in light blue, mirrors as "
+     "black lines, obstructions in red, and fans of rays of the first wavelength, green on the axis and "
+     "blue at the field of the slider. A ray stopped by an aperture ends there unless <b>Plot Vignetted "
+     "Rays</b> is checked; <b>Plot both Half-Fields</b> adds the opposite field.</p><p>Drag a rectangle "
+     "on the picture to zoom into it; <b>Zoom Out</b> widens the view and <b>UNZOOM</b> shows the whole "
+     "design again. The bar at the top right gives the scale in mm.</p>"},
     {"Output", "Printing and pictures",
      "<h3>Printing and pictures</h3><p><b>Print</b> sends the window's picture to a printer, fitted to the "
      "page with its proportions kept. <b>Save as bmp file</b> writes the window's picture as a bitmap. "

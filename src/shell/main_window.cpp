@@ -21,6 +21,7 @@
 #include "glass/glass_pick.h"
 #include "shell/design_window.h"
 #include "shell/dialogs.h"
+#include "shell/layout_window.h"
 #include "shell/spot_window.h"
 #include "shell/widgets_util.h"
 
@@ -65,6 +66,7 @@ void MainWindow::BuildWindows() {
   windows_["FrmTilt"] = child([this] { return new TiltWindow(*this); });
   windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
   windows_["FrmGuida"] = child([this] { return new HelpBook(this); });
+  windows_["Frmlayout"] = child([this] { return new LayoutWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });

@@ -13,6 +13,7 @@
 #include <QMdiSubWindow>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSlider>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -27,6 +28,7 @@
 #include "core/number_text.h"
 #include "shell/dialogs.h"
 #include "shell/main_window.h"
+#include "shell/layout_window.h"
 #include "shell/spot_window.h"
 
 using namespace ovrin;
@@ -363,6 +365,33 @@ class ShellTest : public QObject {
     auto* help = qobject_cast<HelpBook*>(m->FindChildWindow("FrmGuida"));
     QVERIFY(help);
     QCOMPARE(help->CurrentTopic(), QString("SpotDiagram"));
+  }
+
+  void layoutWindow() {
+    QVERIFY(m->OpenDesignFile(ExampleFile("ritchey_chretien_200_f8.ovn"), DesignFormat::Current));
+    m->findChild<QAction*>("Toolbar1_2DLayout")->trigger();
+    auto* w = qobject_cast<LayoutWindow*>(m->FindChildWindow("Frmlayout"));
+    QVERIFY(w);
+    QCOMPARE(w->windowTitle(), QString("2D- LAYOUT"));
+    QVERIFY(!w->findChild<QCheckBox*>("Check_e")->isVisible());  // no wavelength boxes here
+    Click(w, "Update");
+    const Layout& L = w->layout();
+    QCOMPARE(w->findChild<QLabel*>("Lbllunghmassima")->text(), QString::fromStdString(FormatFixed(L.TotalTrack, 3)));
+    QCOMPARE(L.rays.size(), std::size_t(6));  // three rays on the axis and three at the field
+    w->findChild<QSlider*>("HScroll5")->setValue(0);
+    QVERIFY(w->layout().rays.empty());
+
+    // A rectangle dragged on the picture becomes the view; UNZOOM brings the frame back.
+    auto* plot = w->findChild<PlotView*>("Picturespot");
+    emit plot->rectangleChosen(-10, 50, 100, -50);
+    QCOMPARE(w->view().right, 100.0);
+    Click(w, "CmdZoomOut");
+    QCOMPARE(w->view().right, 155.0);  // twice as wide about the same centre
+    Click(w, "Command3");
+    QCOMPARE(w->view().left, w->layout().frame.left);
+    // The picture maps back to plot units: the centre of the picture is the frame's centre.
+    const QPointF centre = plot->ToPlot(QPointF(plot->width() / 2.0, plot->height() / 2.0));
+    QVERIFY(std::fabs(centre.y()) < 1e-9 * w->layout().frame.top + 1e-9);
   }
 
   void reopeningAWindowStartsItAfresh() {

@@ -1,0 +1,44 @@
+#pragma once
+// Frmlayout: the design drawn as a section, with rays.
+#include "output/layout.h"
+#include "shell/analysis_window.h"
+
+class QCheckBox;
+class QLabel;
+class QSlider;
+
+namespace ovrin::shell {
+
+class LayoutWindow : public AnalysisWindow {
+  Q_OBJECT
+ public:
+  explicit LayoutWindow(MainWindow& main);
+
+  LayoutSettings Settings() const;
+  const Layout& layout() const { return layout_; }
+  const LayoutFrame& view() const { return view_; }
+  void ZoomTo(const LayoutFrame& window);
+  void Unzoom();
+  void ZoomOut();
+
+ protected:
+  void Recompute() override;
+
+ private:
+  void Redraw();
+  Layout layout_;
+  LayoutFrame view_;
+  bool zoomed_ = false;
+  bool computed_ = false;
+  QSlider* field_;
+  QSlider* rays_;
+  QLabel* fieldValue_;
+  QLabel* raysValue_;
+  QCheckBox* bothHalves_;
+  QCheckBox* vign_;
+  QLabel* track_;
+  QLabel* focal_;
+  double maxField_ = 0;
+};
+
+}  // namespace ovrin::shell
