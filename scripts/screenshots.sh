@@ -20,3 +20,5 @@ shot glass-picker FrmSchott
 shot tilt-decenter FrmTilt
 DESIGN="examples/newtonian_200_f5.ovn"
 shot spot-diagram frmspot
+DESIGN="examples/ritchey_chretien_200_f8.ovn"
+shot layout Frmlayout

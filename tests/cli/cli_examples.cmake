@@ -1,5 +1,6 @@
 # Runs ovrin-cli on every example: update, a traced ray, and a resave that
-# reads back to the same file. Also checks the failure convention.
+# reads back to the same file, the spot diagram, the autofocus and the layout.
+# Also checks the failure convention.
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
 file(GLOB examples ${EXAMPLES}/*.ovn)
@@ -73,6 +74,18 @@ foreach(ex ${examples})
   if(rms_best GREATER rms_paraxial)
     message(FATAL_ERROR "${name}: the autofocus RMS ${rms_best} is above the paraxial ${rms_paraxial}")
   endif()
+  # The layout as PNG and SVG: the track is the same, the frame is four times as wide as high.
+  run_cli(0 out layout ${ex} --rays 5 --png ${WORK}/${name}_layout.png)
+  string(JSON track GET "${out}" TotalTrack)
+  string(JSON left GET "${out}" Frame 0)
+  string(JSON top GET "${out}" Frame 1)
+  string(JSON right GET "${out}" Frame 2)
+  run_cli(0 out layout ${ex} --rays 5 --svg ${WORK}/${name}_layout.svg)
+  string(JSON track_svg GET "${out}" TotalTrack)
+  if(NOT track STREQUAL track_svg OR NOT EXISTS ${WORK}/${name}_layout.png OR NOT EXISTS ${WORK}/${name}_layout.svg)
+    message(FATAL_ERROR "${name}: the layout pictures or their track differ")
+  endif()
+  message(STATUS "${name}: layout frame ${left} ${top} ${right}, track ${track}")
   message(STATUS "${name}: Bfl ${bfl} (${label}), axial ray vignetted ${vig}, RMS ${rms_paraxial} -> ${rms_best}")
 endforeach()
 
