@@ -101,7 +101,6 @@ void PlotView::paintEvent(QPaintEvent*) {
     if (item.op == RecordingCanvas::Op::Clear) {
       canvas.Clear(background_);
     } else {
-      RecordingCanvas one;
       switch (item.op) {
         case RecordingCanvas::Op::Window: canvas.Window(item.a, item.b, item.c, item.d); break;
         case RecordingCanvas::Op::Point: canvas.Point(item.a, item.b, item.color); break;

@@ -258,7 +258,6 @@ class FocusMerit {
  public:
   FocusMerit(const DesignState& d, const SpotSettings& s) : d_(d), s_(s) {
     s_.field = 0;
-    s_.focalRadius = s.focalRadius;
   }
   double operator()(double shift) {
     s_.actualBfl = PlainDecimal(d_.Bfl + shift);
