@@ -1,5 +1,6 @@
 #include "core/design_edit.h"
 
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -11,6 +12,11 @@ namespace {
 
 constexpr double kDegree = 3.14159265358979 / 180.0;
 
+// The seven glass name tables, one per catalogue.
+std::array<NameTable*, 7> NameTables(DesignState& d) {
+  return {&d.GlassSchott, &d.GlassOhara, &d.GlassCorning, &d.GlassHoya, &d.GlassLzos, &d.GlassSpecial, &d.GlassChengdu};
+}
+
 // Every surface table entry of surface `from` copied to `to`.
 void CopySurface(DesignState& d, int from, int to) {
   d.SemiDiam[to] = d.SemiDiam[from];
@@ -18,9 +24,7 @@ void CopySurface(DesignState& d, int from, int to) {
   d.Thickness[to] = d.Thickness[from];
   for (int k = 1; k <= 6; ++k) d.IndexWl[k][to] = d.IndexWl[k][from];
   d.MediumCode[to] = d.MediumCode[from];
-  for (NameTable* t : {&d.GlassSchott, &d.GlassOhara, &d.GlassCorning, &d.GlassHoya, &d.GlassLzos,
-                       &d.GlassSpecial, &d.GlassChengdu})
-    (*t)[to] = (*t)[from];
+  for (NameTable* t : NameTables(d)) (*t)[to] = (*t)[from];
   d.SurfType[to] = d.SurfType[from];
   d.Conic[to] = d.Conic[from];
   d.AsphA2[to] = d.AsphA2[from];
@@ -33,9 +37,7 @@ void ClearSurface(DesignState& d, int i) {
   d.SemiDiam[i] = d.Radius[i] = d.Thickness[i] = 0;
   for (int k = 1; k <= 6; ++k) d.IndexWl[k][i] = 0;
   d.MediumCode[i] = 0;
-  for (NameTable* t : {&d.GlassSchott, &d.GlassOhara, &d.GlassCorning, &d.GlassHoya, &d.GlassLzos,
-                       &d.GlassSpecial, &d.GlassChengdu})
-    (*t)[i].clear();
+  for (NameTable* t : NameTables(d)) (*t)[i].clear();
   d.SurfType[i] = 0;
   d.Conic[i] = d.AsphA2[i] = d.AsphA4[i] = d.AsphA6[i] = d.AsphA8[i] = 0;
 }

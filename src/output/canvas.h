@@ -62,7 +62,8 @@ class RecordingCanvas final : public Canvas {
     items_.push_back({Op::Text, x, y, 0, 0, color, 1, text, {}});
   }
 
-  void Replay(Canvas& target) const;
+  // Draws everything again on `target`; a given background replaces the recorded one.
+  void Replay(Canvas& target, const Rgb* background = nullptr) const;
   const std::vector<Item>& items() const { return items_; }
   void Reset() { items_.clear(); }
   bool empty() const { return items_.empty(); }
@@ -71,11 +72,11 @@ class RecordingCanvas final : public Canvas {
   std::vector<Item> items_;
 };
 
-inline void RecordingCanvas::Replay(Canvas& t) const {
+inline void RecordingCanvas::Replay(Canvas& t, const Rgb* background) const {
   for (const Item& i : items_) {
     switch (i.op) {
       case Op::Window: t.Window(i.a, i.b, i.c, i.d); break;
-      case Op::Clear: t.Clear(i.color); break;
+      case Op::Clear: t.Clear(background ? *background : i.color); break;
       case Op::Point: t.Point(i.a, i.b, i.color); break;
       case Op::Line: t.Line(i.a, i.b, i.c, i.d, i.color, i.width); break;
       case Op::Circle: t.Circle(i.a, i.b, i.c, i.color); break;

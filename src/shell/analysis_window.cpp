@@ -97,22 +97,7 @@ void PlotView::paintEvent(QPaintEvent*) {
   p.fillRect(target, QColor(background_.r, background_.g, background_.b));
   QPainterCanvas canvas(p, target);
   // The background list acts at once: the recorded clearing takes today's colour.
-  for (const auto& item : plot_.items()) {
-    if (item.op == RecordingCanvas::Op::Clear) {
-      canvas.Clear(background_);
-    } else {
-      switch (item.op) {
-        case RecordingCanvas::Op::Window: canvas.Window(item.a, item.b, item.c, item.d); break;
-        case RecordingCanvas::Op::Point: canvas.Point(item.a, item.b, item.color); break;
-        case RecordingCanvas::Op::Line: canvas.Line(item.a, item.b, item.c, item.d, item.color, item.width); break;
-        case RecordingCanvas::Op::Circle: canvas.Circle(item.a, item.b, item.c, item.color); break;
-        case RecordingCanvas::Op::Polygon: canvas.Polygon(item.points, item.color); break;
-        case RecordingCanvas::Op::Pixel: canvas.Pixel(item.a, item.b, item.color); break;
-        case RecordingCanvas::Op::Text: canvas.Text(item.a, item.b, item.text, item.color); break;
-        case RecordingCanvas::Op::Clear: break;
-      }
-    }
-  }
+  plot_.Replay(canvas, &background_);
   p.setPen(palette().mid().color());
   p.drawRect(target.adjusted(0, 0, -1, -1));
 }
