@@ -10,21 +10,41 @@ namespace {
 // invalid operation shows up as an infinity or a NaN, which these checks turn
 // into the failure of the ray.
 inline bool Finite(double v) { return std::isfinite(v); }
-inline void Require(bool ok) {
+inline void Require(bool ok, int surface, TraceFault why = TraceFault::NonFinite) {
   if (!ok) [[unlikely]]
-    throw TraceError();
+    throw TraceError(surface, why);
 }
 
 inline int Sgn(double v) { return (v > 0) - (v < 0); }
 
 // arcsin as the near-axis operations take it: atan(x / sqrt(1 - x^2)).
-inline double ArcSin(double x) {
+inline double ArcSin(double x, int surface) {
   const double r = 1.0 - x * x;
-  Require(r > 0.0);  // negative: no real angle; zero: division by zero
+  // negative: no real angle (total reflection); zero: division by zero
+  Require(r > 0.0, surface, r < 0.0 ? TraceFault::TotalReflection : TraceFault::NonFinite);
   return std::atan(x / std::sqrt(r));
 }
 
 }  // namespace
+
+const char* TraceFaultText(TraceFault f) {
+  switch (f) {
+    case TraceFault::MissedSurface: return "missed surface";
+    case TraceFault::TotalReflection: return "total internal reflection";
+    case TraceFault::OutsideConic: return "outside the conic";
+    case TraceFault::NonFinite: return "non-finite value";
+    case TraceFault::NoConvergence: return "no convergence";
+  }
+  return "non-finite value";
+}
+
+SurfTable PrivateIndexTable(const DesignState& d, int k, IndexWidth width) {
+  SurfTable n = d.IndexWl[k];
+  n[0] = 1.0;
+  if (width == IndexWidth::Single)
+    for (double& v : n) v = static_cast<double>(static_cast<float>(v));
+  return n;
+}
 
 Tracer::Tracer(const DesignState& design) : CurIndexTable(&design.IndexWl[1]), design_(design) {}
 
@@ -37,9 +57,14 @@ struct RayVec {
   double x, y, z, cx, cy, cz;
 };
 
+// What a surface kernel returns: kPassed, or the fault that ended the ray.
+using KernelResult = int;
+constexpr KernelResult kPassed = -1;
+constexpr KernelResult Fault(TraceFault f) { return static_cast<KernelResult>(f); }
+
 #define OVRIN_HOT inline __attribute__((always_inline))
 
-OVRIN_HOT bool SphereKernel(RayVec& r, double radius, double thick, double n, double np,
+OVRIN_HOT KernelResult SphereKernel(RayVec& r, double radius, double thick, double n, double np,
                             double& sph_radicand, double& snell_radicand) {
   const double c = radius == 0.0 ? 0.0 : 1.0 / radius;
   const double mu = n / np;
@@ -58,8 +83,8 @@ OVRIN_HOT bool SphereKernel(RayVec& r, double radius, double thick, double n, do
   const double b = cz - ccy * y0 - ccx * x0;
   const double ch = (c * c) * r2;
   sph_radicand = b * b - ch;
-  if (!(sph_radicand >= 0.0)) [[unlikely]]
-    return false;  // the ray misses the surface (or a NaN came in)
+  if (!(sph_radicand >= 0.0)) [[unlikely]]  // the ray misses the surface (or a NaN came in)
+    return Fault(sph_radicand < 0.0 ? TraceFault::MissedSurface : TraceFault::NonFinite);
 
   // Snell's radicand 1 - (1 - A^2) mu^2 is (1 - mu^2) + mu^2 A^2, and A^2 is
   // the radicand just found: both roots can be taken side by side.
@@ -77,7 +102,7 @@ OVRIN_HOT bool SphereKernel(RayVec& r, double radius, double thick, double n, do
   r.z = z;
 
   if (!(snell_radicand >= 0.0)) [[unlikely]]
-    return false;  // total reflection
+    return Fault(snell_radicand < 0.0 ? TraceFault::TotalReflection : TraceFault::NonFinite);
   const double g = std::sqrt(snell_radicand) - mu * a;
 
   // z c, y c and x c come straight from the pieces above rather than from
@@ -90,14 +115,14 @@ OVRIN_HOT bool SphereKernel(RayVec& r, double radius, double thick, double n, do
   const double ncx = mu * cx - xc * g;
   // An infinity or NaN anywhere (a division by zero, an overflow) reaches this sum.
   if (!Finite(x + y + z + ncx + ncy + ncz)) [[unlikely]]
-    return false;
+    return Fault(TraceFault::NonFinite);
   r.cz = ncz;
   r.cy = ncy;
   r.cx = ncx;
-  return true;
+  return kPassed;
 }
 
-OVRIN_HOT bool AsphereKernel(RayVec& r, double radius, double thick, double n, double np,
+OVRIN_HOT KernelResult AsphereKernel(RayVec& r, double radius, double thick, double n, double np,
                              double conic, double a4, double a6, double a8,
                              double& snell_radicand) {
   const double c = radius == 0.0 ? 0.0 : 1.0 / radius;
@@ -109,17 +134,20 @@ OVRIN_HOT bool AsphereKernel(RayVec& r, double radius, double thick, double n, d
   double z = 0.0;
   double y = r.y - r.cy * d0;
   double x = r.x - r.cx * d0;
-  if (!(Finite(y) & Finite(x))) [[unlikely]] return false;
+  if (!(Finite(y) & Finite(x))) [[unlikely]] return Fault(TraceFault::NonFinite);
   r.z = z;
   r.y = y;
   r.x = x;
 
   const double cx = r.cx, cy = r.cy, cz = r.cz;
   double nx, ny, nz;
-  for (;;) {  // no pass limit: the step along the ray decides
+  // The step along the ray decides when to stop; the pass limit only keeps a
+  // ray that never settles from holding the program.
+  for (int pass = 1;; ++pass) {
     const double r2 = x * x + y * y;
     const double rad = 1.0 - c * c * k1 * r2;
-    if (!(rad >= 0.0)) [[unlikely]] return false;  // outside the conic
+    if (!(rad >= 0.0)) [[unlikely]]
+      return Fault(rad < 0.0 ? TraceFault::OutsideConic : TraceFault::NonFinite);
     const double s = std::sqrt(rad);
     const double r4 = r2 * r2;
     const double e = c + s * (4.0 * a4 * r2 + 6.0 * a6 * r4 + 8.0 * a8 * r4 * r2);
@@ -128,7 +156,7 @@ OVRIN_HOT bool AsphereKernel(RayVec& r, double radius, double thick, double n, d
     nz = s;
     const double sag = c * r2 / (1.0 + s) + a4 * r4 + a6 * r4 * r2 + a8 * r4 * r4;
     const double t = (sag - z) * s / (cy * ny + cz * nz + cx * nx);
-    if (!(Finite(t))) [[unlikely]] return false;
+    if (!(Finite(t))) [[unlikely]] return Fault(TraceFault::NonFinite);
     z += t * cz;
     y += t * cy;
     x += t * cx;
@@ -136,22 +164,24 @@ OVRIN_HOT bool AsphereKernel(RayVec& r, double radius, double thick, double n, d
     r.y = y;
     r.x = x;
     if (!(std::fabs(t) > 1e-8)) break;
+    if (pass >= kAsphereMaxPasses) [[unlikely]] return Fault(TraceFault::NoConvergence);
   }
 
   // The normal of the last pass (taken before its step) refracts the ray.
   const double n2 = ny * ny + nz * nz + nx * nx;
   const double dd = cy * ny + cz * nz + cx * nx;
   snell_radicand = dd * dd * (mu * mu) + (1.0 - mu * mu) * n2;
-  if (!(snell_radicand >= 0.0)) [[unlikely]] return false;
+  if (!(snell_radicand >= 0.0)) [[unlikely]]
+    return Fault(snell_radicand < 0.0 ? TraceFault::TotalReflection : TraceFault::NonFinite);
   const double g = (std::sqrt(snell_radicand) - mu * dd) / n2;
   const double ncz = mu * cz + g * nz;
   const double ncy = mu * cy + g * ny;
   const double ncx = mu * cx + g * nx;
-  if (!(Finite(ncz) & Finite(ncy) & Finite(ncx))) [[unlikely]] return false;
+  if (!(Finite(ncz) & Finite(ncy) & Finite(ncx))) [[unlikely]] return Fault(TraceFault::NonFinite);
   r.cz = ncz;
   r.cy = ncy;
   r.cx = ncx;
-  return true;
+  return kPassed;
 }
 
 #define OVRIN_COLD __attribute__((noinline, cold))
@@ -245,17 +275,21 @@ inline void Tracer::OnRegisters(F&& f) {
 
 void Tracer::TraceSphere() {
   OnRegisters([&](RayVec& r) {
-    if (!SphereKernel(r, CurRadius, CurThick, CurN, CurNPrime, SphRadicand, SnellRadicand))
-      throw TraceError();
+    const KernelResult k = SphereKernel(r, CurRadius, CurThick, CurN, CurNPrime, SphRadicand, SnellRadicand);
+    if (k != kPassed) throw TraceError(CurrentSurface(), static_cast<TraceFault>(k));
   });
 }
 
 void Tracer::TraceAsphere() {
   OnRegisters([&](RayVec& r) {
-    if (!AsphereKernel(r, CurRadius, CurThick, CurN, CurNPrime, CurConic, CurA4, CurA6, CurA8,
-                       SnellRadicandAsph))
-      throw TraceError();
+    const KernelResult k = AsphereKernel(r, CurRadius, CurThick, CurN, CurNPrime, CurConic, CurA4,
+                                         CurA6, CurA8, SnellRadicandAsph);
+    if (k != kPassed) throw TraceError(CurrentSurface(), static_cast<TraceFault>(k));
   });
+}
+
+int Tracer::CurrentSurface() const {
+  return std::fabs(LoopI) < 1e6 ? static_cast<int>(std::nearbyint(LoopI)) : 0;
 }
 
 void Tracer::EnterSurfaceFrame() {
@@ -276,14 +310,15 @@ void Tracer::EnterImageFrame() {
 void Tracer::ParaxTraceSphere() {
   ParaxSinI = ParaxY / CurRadius + std::sin(ParaxU);
   ParaxSinIOut = (CurN / CurNPrime) * ParaxSinI;
-  Require(Finite(ParaxSinI) & Finite(ParaxSinIOut));
-  const double i = ArcSin(ParaxSinI);
-  ParaxSinIPrime = ArcSin(ParaxSinIOut);
+  const int surface = CurrentSurface();
+  Require(Finite(ParaxSinI) & Finite(ParaxSinIOut), surface);
+  const double i = ArcSin(ParaxSinI, surface);
+  ParaxSinIPrime = ArcSin(ParaxSinIOut, surface);
   const double ip = ParaxSinIPrime;
   ParaxUOut = ip + ParaxU - i;
   ParaxYOut = ParaxY * (std::cos(ip) + std::cos(ParaxUOut)) / (std::cos(i) + std::cos(ParaxU));
   ParaxYNext = ParaxYOut + CurThick * std::sin(ParaxUOut);
-  Require(Finite(ParaxYOut) & Finite(ParaxYNext));
+  Require(Finite(ParaxYOut) & Finite(ParaxYNext), surface);
   ParaxY = ParaxYNext;
   ParaxU = ParaxUOut;
 }
@@ -292,10 +327,13 @@ void Tracer::ParaxTraceAsphere() {
   const double c = CurRadius == 0.0 ? 0.0 : 1.0 / CurRadius;
   const double k1 = CurConic + 1.0;
   const double cu = std::cos(ParaxU), su = std::sin(ParaxU);
+  const int surface = CurrentSurface();
   double y = ParaxY;
-  for (;;) {  // Newton on the incidence height, no pass limit
+  // Newton on the incidence height; |e| decides, the pass limit only keeps a
+  // steep ray that never settles from holding the program.
+  for (int pass = 1;; ++pass) {
     const double rad = 1.0 - y * y * c * c * k1;
-    Require(rad >= 0.0);
+    Require(rad >= 0.0, surface, rad < 0.0 ? TraceFault::OutsideConic : TraceFault::NonFinite);
     const double s = std::sqrt(rad);
     const double y2 = y * y, y4 = y2 * y2;
     ParaxSag = y2 * c / (1.0 + s) + ParaxA4 * y4 + ParaxA6 * y4 * y2 + ParaxA8 * y4 * y4;
@@ -303,19 +341,20 @@ void Tracer::ParaxTraceAsphere() {
                  y * c / s;
     const double e = y * cu - ParaxSag * su - ParaxY;
     y = y - e / (cu - ParaxSlope * su);
-    Require(Finite(y) & Finite(ParaxSlope) & Finite(ParaxSag));
+    Require(Finite(y) & Finite(ParaxSlope) & Finite(ParaxSag), surface);
     if (std::fabs(e) < 1e-8) break;
+    Require(pass < kAsphereMaxPasses, surface, TraceFault::NoConvergence);
   }
   const double i = ParaxU + std::atan(ParaxSlope);
   ParaxSinIOut = (CurN / CurNPrime) * std::sin(i);
-  Require(Finite(ParaxSinIOut));
-  ParaxSinIPrime = ArcSin(ParaxSinIOut);
+  Require(Finite(ParaxSinIOut), surface);
+  ParaxSinIPrime = ArcSin(ParaxSinIOut, surface);
   ParaxSagOut = ParaxSag;
   ParaxUOut = ParaxSinIPrime + ParaxU - i;
   ParaxYOut = y * std::cos(ParaxUOut) - ParaxSagOut * std::sin(ParaxUOut);
   ParaxU = ParaxUOut;
   ParaxYNext = ParaxYOut + CurThick * std::sin(ParaxUOut);
-  Require(Finite(ParaxYOut) & Finite(ParaxYNext));
+  Require(Finite(ParaxYOut) & Finite(ParaxYNext), surface);
   ParaxY = ParaxYNext;
 }
 
@@ -333,25 +372,30 @@ void Tracer::StartRay() {
     RayCosZ = l / RayDirNorm;
     RayCosY = dy / RayDirNorm;
     RayCosX = RayX / RayDirNorm;
-    Require(Finite(RayCosZ) & Finite(RayCosY) & Finite(RayCosX));
+    Require(Finite(RayCosZ) & Finite(RayCosY) & Finite(RayCosX), 0);
   }
   if (d.EntrPupilZ != 0.0) {
     // The pupil plane is brought onto the first vertex plane.
     CurThick = d.EntrPupilZ;
     CurN = CurNPrime = 1.0;
     CurRadius = 0.0;
+    LoopI = 0;  // a failure here is at the pupil plane
     TraceSphere();
   }
 }
 
-void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* visit) {
+template <bool kSumPath>
+void Tracer::SurfaceLoop(const SurfaceLoopPolicy& policy, const SurfaceVisit* visit) {
   const DesignState& d = design_;
-  const SurfTable& index = d.IndexWl[policy.wavelength];
+  const SurfTable& index = policy.indexTable ? *policy.indexTable : d.IndexWl[policy.wavelength];
   CurIndexTable = &index;
   RayVignetted = false;
   VignSurf = 0;
+  RayPath = 0.0;
   const int n = d.SurfCount;
   const bool test_aperture = policy.testAperture;
+  const bool stopped_ends = policy.stoppedRayEnds;
+  const bool first_column_mirrors = policy.mirrorTest == MirrorTest::AnyTiltFirstColumn;
   const double margin = policy.apertureMargin;
 
   // The ray and the current-surface values stay in locals for the whole loop;
@@ -359,14 +403,15 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* 
   RayVec r{RayX, RayY, RayZ, RayCosX, RayCosY, RayCosZ};
   double n_before = 1.0;  // row 0 is the object space: index 1, no thickness before surface 1
   double thick = 0.0;
+  double path = 0.0;
   double sph_radicand = SphRadicand, snell_radicand = SnellRadicand;
   double snell_radicand_asph = SnellRadicandAsph;
-  int i = 1;
   auto store = [&](int surface) {
     RayX = r.x, RayY = r.y, RayZ = r.z, RayCosX = r.cx, RayCosY = r.cy, RayCosZ = r.cz;
     SphRadicand = sph_radicand;
     SnellRadicand = snell_radicand;
     SnellRadicandAsph = snell_radicand_asph;
+    RayPath = path;
     if (surface < 1) return;
     LoopI = surface;
     CurRadius = d.Radius[surface];
@@ -379,30 +424,40 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* 
     CurConic = d.Conic[surface];
   };
 
-  for (; i <= n; ++i) {
+  for (int i = 1; i <= n; ++i) {
     const double radius = d.Radius[i];
     const double n_after = index[i];
     EnterFrameKernel(r, d, i, thick);
+    const double z_before = r.z, cz_before = r.cz;
     const float type = d.SurfType[i];
-    bool ok = true;
+    KernelResult k = kPassed;
     if (type == 1.0f || type == 4.0f) {
-      ok = SphereKernel(r, radius, thick, n_before, n_after, sph_radicand, snell_radicand);
+      k = SphereKernel(r, radius, thick, n_before, n_after, sph_radicand, snell_radicand);
     } else if (type == 2.0f || type == 3.0f) {
-      ok = AsphereKernel(r, radius, thick, n_before, n_after, d.Conic[i], d.AsphA4[i],
-                         d.AsphA6[i], d.AsphA8[i], snell_radicand_asph);
+      k = AsphereKernel(r, radius, thick, n_before, n_after, d.Conic[i], d.AsphA4[i], d.AsphA6[i],
+                        d.AsphA8[i], snell_radicand_asph);
     }
-    if (!ok) [[unlikely]] {
+    if (k != kPassed) [[unlikely]] {
       store(i);
-      throw TraceError();
+      throw TraceError(i, static_cast<TraceFault>(k));
     }
+    // The optical path from the surface's frame entry to the surface, counted
+    // from the vertex plane before it.
+    if constexpr (kSumPath) path += n_before * (r.z - z_before + thick) / cz_before;
     const RayVec hit = r;
-    // A tilted mirror turns the frame a second time. The Y tilt counts only
-    // once it rounds to a whole radian (halves to even: |TiltB| above 0.5);
-    // the X tilt counts at any size.
-    if (Sgn(n_before) != Sgn(n_after) &&
-        (d.TiltA[i] != 0.0 || !(std::fabs(d.TiltB[i]) <= 0.5))) [[unlikely]] {
-      r = LeaveMirrorKernel(r, d, i);
+    // A tilted mirror turns the frame a second time. In the standard test the
+    // Y tilt counts only once it rounds to a whole radian (halves to even:
+    // |TiltB| above 0.5) and the X tilt at any size; the wavefront test takes
+    // any tilt and the sign change of wavelength 1's index.
+    bool leave_mirror;
+    if (!first_column_mirrors) [[likely]] {
+      leave_mirror = Sgn(n_before) != Sgn(n_after) &&
+                     (d.TiltA[i] != 0.0 || !(std::fabs(d.TiltB[i]) <= 0.5));
+    } else {
+      const double w1_before = i == 1 ? 1.0 : d.IndexWl[1][i - 1];
+      leave_mirror = Sgn(w1_before) != Sgn(d.IndexWl[1][i]) && (d.TiltA[i] != 0.0 || d.TiltB[i] != 0.0);
     }
+    if (leave_mirror) [[unlikely]] r = LeaveMirrorKernel(r, d, i);
     if (test_aperture && !RayVignetted) {
       // Compared in squares: the same verdict as the distance, without a root.
       const double rho2 = r.x * r.x + r.y * r.y;
@@ -417,6 +472,11 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* 
       if (stopped) {
         RayVignetted = true;
         VignSurf = i;
+        if (stopped_ends) {
+          if (visit) visit->at(visit->context, i, hit.x, hit.y, hit.z, true);
+          store(i);
+          return;
+        }
       }
     }
     if (visit) [[unlikely]] visit->at(visit->context, i, hit.x, hit.y, hit.z, RayVignetted);
@@ -424,6 +484,13 @@ void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* 
     thick = d.Thickness[i];
   }
   store(n);
+}
+
+void Tracer::TraceSurfaces(const SurfaceLoopPolicy& policy, const SurfaceVisit* visit) {
+  if (policy.sumPath)
+    SurfaceLoop<true>(policy, visit);
+  else
+    SurfaceLoop<false>(policy, visit);
 }
 
 void Tracer::TraceToImage(double image_distance, double focal_radius) {
@@ -443,6 +510,7 @@ void Tracer::TraceRay(double px, double py, const SurfaceLoopPolicy& policy,
   RayZ = 0.0;
   StartRay();
   TraceSurfaces(policy);
+  if (policy.stoppedRayEnds && RayVignetted) return;
   TraceToImage(image_distance);
 }
 

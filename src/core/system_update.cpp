@@ -34,6 +34,7 @@ double Number(std::string_view text) { return Checked(ParseLeadingNumber(text));
 void ParaxialLoop(DesignState& d, Tracer& t) {
   const SurfTable& n = d.IndexWl[1];
   for (int s = 1; s <= d.SurfCount; ++s) {
+    t.LoopI = s;
     t.CurRadius = d.Radius[s];
     t.CurN = n[s - 1];
     t.CurNPrime = n[s];
