@@ -7,12 +7,14 @@
 
 #include "shell/dialogs.h"
 #include "shell/main_window.h"
+#include "shell/number_locale.h"
 #include "shell/screenshot.h"
 #include "shell/session.h"
 #include "shell/widgets_util.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
+  ovrin::shell::UseProgramNumberLocale();
   QApplication::setApplicationName("Ovrin");
   QApplication::setApplicationVersion(OVRIN_VERSION);
 

@@ -16,10 +16,31 @@
 
 namespace ovrin {
 
+namespace {
+// A message quotes what it found in the file: control bytes (a NUL above all,
+// which would end the message early wherever it is read as C text) are shown
+// as \xNN.
+std::string Printable(const std::string& text) {
+  static const char* hex = "0123456789ABCDEF";
+  std::string out;
+  out.reserve(text.size());
+  for (unsigned char c : text) {
+    if (c < 0x20 || c == 0x7F) {
+      out += "\\x";
+      out += hex[c >> 4];
+      out += hex[c & 15];
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  return out;
+}
+}  // namespace
+
 DesignFileError::DesignFileError(std::string file, int line, std::string expected)
-    : std::runtime_error(line > 0 ? "Cannot read \"" + file + "\", line " + std::to_string(line) +
-                                        ": expected " + expected + "."
-                                  : "\"" + file + "\": " + expected + "."),
+    : std::runtime_error(line > 0 ? "Cannot read \"" + Printable(file) + "\", line " + std::to_string(line) +
+                                        ": expected " + Printable(expected) + "."
+                                  : "\"" + Printable(file) + "\": " + Printable(expected) + "."),
       file_(std::move(file)),
       line_(line),
       expected_(std::move(expected)) {}

@@ -3,11 +3,35 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <system_error>
 
 namespace ovrin {
+
+namespace {
+
+// A decimal text of plain C syntax ("-1.25e-3") read the same whatever the
+// machine's locale: the user's locale may write a comma for the point, but the
+// program's own number text never does.
+double ReadDecimal(const std::string& s) {
+  double v = 0.0;
+  const char* first = s.data();
+  const char* last = s.data() + s.size();
+  const auto [ptr, ec] = std::from_chars(first, last, v, std::chars_format::general);
+  if (ec == std::errc::result_out_of_range) {
+    // Too large or too small for a double: infinity or zero, with the sign.
+    const bool negative = !s.empty() && s[0] == '-';
+    const std::size_t e = s.find_first_of("eE");
+    const bool tiny = e != std::string::npos && s.compare(e + 1, 1, "-") == 0;
+    if (tiny) return negative ? -0.0 : 0.0;
+    return negative ? -HUGE_VAL : HUGE_VAL;
+  }
+  if (ec != std::errc()) return 0.0;
+  return v;
+}
+
+}  // namespace
 
 double ParseLeadingNumber(std::string_view text) {
   std::string s;
@@ -69,7 +93,7 @@ double ParseLeadingNumber(std::string_view text) {
     }
     if (exp_digit) s += exp;
   }
-  return std::strtod(s.c_str(), nullptr);
+  return ReadDecimal(s);
 }
 
 bool IsNumberText(std::string_view text) {
@@ -117,7 +141,8 @@ Digits15 ToDigits15(double x) {
   Digits15 r;
   if (x == 0.0 || !std::isfinite(x)) return r;
   char buf[40];
-  std::snprintf(buf, sizeof buf, "%.14e", x);
+  const auto res = std::to_chars(buf, buf + sizeof buf - 1, x, std::chars_format::scientific, 14);
+  *res.ptr = '\0';
   const char* p = buf;
   if (*p == '-') {
     r.negative = true;
@@ -194,7 +219,7 @@ double RoundTo(double x, int decimals) {
   }
   s += 'e';
   s += std::to_string(r.exp);
-  return std::strtod(s.c_str(), nullptr);
+  return ReadDecimal(s);
 }
 
 std::string FormatFixed(double x, int decimals) {

@@ -28,6 +28,7 @@
 #include "core/number_text.h"
 #include "shell/dialogs.h"
 #include "shell/main_window.h"
+#include "shell/number_locale.h"
 #include "shell/layout_window.h"
 #include "shell/spot_window.h"
 
@@ -426,5 +427,11 @@ class ShellTest : public QObject {
   }
 };
 
-QTEST_MAIN(ShellTest)
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  ovrin::shell::UseProgramNumberLocale();
+  QTEST_SET_MAIN_SOURCE_PATH
+  ShellTest test;
+  return QTest::qExec(&test, argc, argv);
+}
 #include "shell_test.moc"
