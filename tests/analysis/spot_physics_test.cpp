@@ -155,10 +155,11 @@ TEST(SpotWithFiniteObject, ThinishLensObeysTheConjugateEquation) {
   EXPECT_LT(g.magnification, 0);  // a real image is inverted
 }
 
-// The Schmidt camera's focal surface is curved towards the mirror, concentric
-// with it: a sphere of radius -600 in the image space that runs back towards
-// the mirror. Its full-field spot is sharp there; the opposite sign curves the
-// surface away and blurs it, and a flat surface lies in between.
+// The Schmidt camera's field is curved: its focal surface is concentric with
+// the mirror, a sphere of half the mirror's radius about the same centre, which
+// in the mirror's image space is a focal radius of -600. Its full-field spot is
+// sharp there; the opposite sign bends the surface the wrong way and blurs it,
+// and a flat surface lies in between.
 TEST(SpotFocalSurface, SchmidtIsSharpOnItsCurvedFieldOnly) {
   DesignState d;
   DesignSheet sheet;

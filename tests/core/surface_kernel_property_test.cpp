@@ -211,7 +211,7 @@ Stats Explore(const Profile& p, Kernel kernel, std::uint64_t seed, int rays) {
       const Vec lhs = Cross(out, nrm), rhs = Cross(s, nrm);
       Real snell = 0;
       for (int k = 0; k < 3; ++k) snell = std::max(snell, std::fabs(m.np * lhs[k] - m.n * rhs[k]));
-      if ((Dot(out, nrm) > 0) != (Dot(s, nrm) > 0)) snell = 1;  // the wrong root
+      if ((Dot(out, nrm) > 0) != (Dot(s, nrm) > 0)) snell = 1;  // turned back through the surface
       st.snell.See(double(snell / std::max(std::fabs(m.n), std::fabs(m.np))), where.str());
       st.unit.See(double(std::fabs(Norm(out) - 1)), where.str());
 
