@@ -4,13 +4,13 @@
 #include <cmath>
 
 #include "core/number_text.h"
+#include "core/optics_math.h"
 #include "core/ray_tracer.h"
 
 namespace ovrin {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979;
 constexpr int kProfilePoints = 201;
 
 const Rgb kLensFill{190, 225, 250}, kLensLine{0, 60, 200}, kMirror{0, 0, 0}, kScreen{230, 0, 0};
@@ -41,23 +41,11 @@ PlotPoint ToPicture(const DesignState& d, int i, double vertex_z, double z, doub
 bool Sag(const DesignState& d, int i, double y, double& z) {
   const double r = d.Radius[i];
   const float type = d.SurfType[i];
-  if (r == 0 || std::fabs(r) >= 1e10) {
-    z = (type == 3.0f) ? d.AsphA4[i] * std::pow(y, 4) + d.AsphA6[i] * std::pow(y, 6) + d.AsphA8[i] * std::pow(y, 8)
-                       : 0.0;
-    return true;
-  }
-  if (type == 2.0f || type == 3.0f) {
-    const double c = 1 / r;
-    const double q = 1 - c * c * (d.Conic[i] + 1) * y * y;
-    if (q < 0) return false;
-    z = c * y * y / (1 + std::sqrt(q));
-    if (type == 3.0f) z += d.AsphA4[i] * std::pow(y, 4) + d.AsphA6[i] * std::pow(y, 6) + d.AsphA8[i] * std::pow(y, 8);
-    return true;
-  }
-  const double q = r * r - y * y;
-  if (q < 0) return false;
-  z = r > 0 ? r - std::sqrt(q) : r + std::sqrt(q);
-  return true;
+  const bool plane = r == 0 || std::fabs(r) >= 1e10;
+  const bool conic = type == 2.0f || type == 3.0f, high_order = type == 3.0f;
+  z = SurfaceSag(y, plane ? 0.0 : 1 / r, conic ? d.Conic[i] : 0.0, high_order ? d.AsphA4[i] : 0.0,
+                 high_order ? d.AsphA6[i] : 0.0, high_order ? d.AsphA8[i] : 0.0);
+  return std::isfinite(z);
 }
 
 struct RayRecorder {
