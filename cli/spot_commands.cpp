@@ -1,14 +1,13 @@
 // ovrin-cli spot and autofocus: the spot diagram window's numbers and picture.
-#include <QGuiApplication>
-#include <QImage>
 #include <cmath>
+#include <stdexcept>
 
 #include "analysis/geometric/spot_diagram.h"
 #include "commands.h"
 #include "core/design_file.h"
 #include "core/number_text.h"
 #include "glass/catalogue_media.h"
-#include "output/qpainter_canvas.h"
+#include "output/picture_file.h"
 
 namespace ovrin::cli {
 
@@ -50,14 +49,13 @@ SpotSettings Settings(const Loaded& s, const SpotOptions& opt) {
   return set;
 }
 
-// Pictures need the font machinery of a GUI application, without a screen.
-void EnsureGuiApplication() {
-  if (QGuiApplication::instance()) return;
-  static int argc = 1;
-  static char name[] = "ovrin-cli";
-  static char* argv[] = {name, nullptr};
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  new QGuiApplication(argc, argv);
+// A picture file of the plot; its failures are the command's.
+void WritePicture(const RecordingCanvas& plot, int width, int height, const std::string& path) {
+  try {
+    SavePicture(plot, width, height, path);
+  } catch (const std::runtime_error& e) {
+    throw CliFailure(e.what());
+  }
 }
 
 }  // namespace
@@ -66,10 +64,8 @@ nlohmann::json Spot(const std::string& file, const SpotOptions& opt) {
   Loaded s;
   LoadDesign(s, file);
   const SpotSettings set = Settings(s, opt);
-  SpotDiagram spot;
-  RecordingCanvas plot;
-  const std::string error = spot.Draw(s.design, set, &plot);
-  if (!error.empty()) throw CliFailure(error);
+  const SpotResult spot = ComputeSpot(s.design, set);
+  if (!spot.error.empty()) throw CliFailure(spot.error);
 
   nlohmann::json j;
   auto number = [&](double v) { return spot.drawn ? nlohmann::json(v) : nlohmann::json(nullptr); };
@@ -94,9 +90,9 @@ nlohmann::json Spot(const std::string& file, const SpotOptions& opt) {
     j["points"] = pts;
   }
   if (!opt.png.empty()) {
-    EnsureGuiApplication();
-    const QImage image = RenderPlot(plot, 760, 536);
-    if (!image.save(QString::fromStdString(opt.png), "PNG")) throw CliFailure("Cannot write " + opt.png);
+    RecordingCanvas plot;
+    DrawSpot(spot, set, plot);
+    WritePicture(plot, 760, 536, opt.png);
     j["png"] = opt.png;
   }
   return j;
@@ -120,8 +116,6 @@ nlohmann::json AutoFocusCommand(const std::string& file, const SpotOptions& opt)
 // ---------------------------------------------------------------------------
 // ovrin-cli layout
 
-#include <QSvgGenerator>
-
 #include "output/layout.h"
 
 namespace ovrin::cli {
@@ -139,22 +133,9 @@ nlohmann::json LayoutCommand(const std::string& file, const LayoutOptions& opt) 
   const Layout layout = ComputeLayout(s.design, set);
   RecordingCanvas plot;
   DrawLayout(layout, set, layout.frame, plot);
-  if (!opt.png.empty() || !opt.svg.empty()) EnsureGuiApplication();
   constexpr int kW = 1000, kH = 500;  // the frame is four times as wide as half its height
-  if (!opt.png.empty() && !RenderPlot(plot, kW, kH).save(QString::fromStdString(opt.png), "PNG"))
-    throw CliFailure("Cannot write " + opt.png);
-  if (!opt.svg.empty()) {
-    QSvgGenerator svg;
-    svg.setFileName(QString::fromStdString(opt.svg));
-    svg.setSize(QSize(kW, kH));
-    svg.setViewBox(QRect(0, 0, kW, kH));
-    svg.setTitle("2D- LAYOUT");
-    QPainter p;
-    if (!p.begin(&svg)) throw CliFailure("Cannot write " + opt.svg);
-    QPainterCanvas canvas(p, QRectF(0, 0, kW, kH));
-    plot.Replay(canvas);
-    p.end();
-  }
+  if (!opt.png.empty()) WritePicture(plot, kW, kH, opt.png);
+  if (!opt.svg.empty()) WritePicture(plot, kW, kH, opt.svg);
   const LayoutFrame& f = layout.frame;
   return {{"TotalTrack", layout.TotalTrack}, {"Frame", {f.left, f.top, f.right, f.bottom}}};
 }
