@@ -62,6 +62,23 @@ TEST(PupilGrid, RaysPerColourAtRadius50And5) {
   EXPECT_FALSE(BuildPupilGrid(d, 6, g));
 }
 
+TEST(PupilGrid, StepIsASinglePrecisionQuotient) {
+  // A radius whose step differs between single and double precision: the
+  // points of a row lie at whole multiples of the 32-bit step.
+  DesignState d;
+  d.EntrBeamSemiDiam = 1.1;
+  const float step32 = 1.1f / 13.0f;
+  const double step64 = static_cast<double>(1.1f) / 13.0;
+  ASSERT_NE(static_cast<double>(step32), step64);
+  PupilGrid g;
+  ASSERT_TRUE(BuildPupilGrid(d, 13, g));
+  // Entry 1 is the top of the pupil on the axis, entry 2 the next point of that row.
+  EXPECT_EQ(g.PupilY[1], d.EntrBeamSemiDiam);
+  EXPECT_EQ(g.PupilX[1], 0.0);
+  EXPECT_EQ(g.PupilX[2], static_cast<double>(step32));
+  EXPECT_EQ(g.PupilX[3], static_cast<double>(step32) + static_cast<double>(step32));
+}
+
 TEST(SpotDiagram, CountsCentredAndUncentered) {
   TestDesign t = Mirror(kConic, -1);
   SpotResult spot;

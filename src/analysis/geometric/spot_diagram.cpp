@@ -49,7 +49,8 @@ bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g) {
   g.PupilRadius = static_cast<float>(d.EntrBeamSemiDiam);
   const double radius = g.PupilRadius;
   if (div <= 0 || !(radius > 0) || !std::isfinite(radius)) return false;
-  const double step = radius / div;
+  // The step is a 32-bit quotient of the 32-bit radius and the 16-bit divisor.
+  const float step = g.PupilRadius / static_cast<float>(div);
   const double limit2 = radius * radius + 0.1;  // an absolute tolerance, not scaled with the pupil
   int counter = 1;
   // The loops advance as counted loops do: by adding the step to the running value.
