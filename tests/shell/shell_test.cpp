@@ -380,7 +380,7 @@ class ShellTest : public QObject {
     QVERIFY(w->layout().rays.empty());
 
     // A rectangle dragged on the picture becomes the view; UNZOOM brings the frame back.
-    auto* plot = w->findChild<PlotView*>("Picturespot");
+    auto* plot = w->findChild<PlotView*>("Picture1");
     emit plot->rectangleChosen(-10, 50, 100, -50);
     QCOMPARE(w->view().right, 100.0);
     Click(w, "CmdZoomOut");
