@@ -13,11 +13,15 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTableWidget>
 #include <QTemporaryDir>
+#include <QToolTip>
 #include <QTimer>
 #include <QtTest>
 
 #include "core/design_file.h"
+#include "core/number_text.h"
+#include "shell/design_window.h"
 #include "shell/analysis_window.h"
 #include "shell/layout_window.h"
 #include "shell/main_window.h"
@@ -157,6 +161,26 @@ class AnalysisFrameTest : public QObject {
     QVERIFY(Share(png, QColor(255, 255, 255)) > 0.8);
     QVERIFY(w->SaveImageTo(dir.filePath("spot.bmp")));
     QCOMPARE(QImage(dir.filePath("spot.bmp")).size(), w->grab().size());
+  }
+
+  void conicShownOverTheTypeCell() {
+    QVERIFY(m->OpenDesignFile(ExampleFile("ritchey_chretien_200_f8.ovn"), DesignFormat::Current));
+    auto* w = qobject_cast<DesignWindow*>(m->FindChildWindow("Frmdati"));
+    QVERIFY(w);
+    const DesignState& d = s->design;
+    int row = 1;
+    while (row <= d.SurfCount && static_cast<int>(d.SurfType[row]) != kConic) ++row;
+    QVERIFY(row <= d.SurfCount);
+    QCOMPARE(w->TypeToolTip(row), "K = " + QString::fromStdString(ShortestText(d.Conic[row])));
+    QCOMPARE(static_cast<int>(d.SurfType[1]), static_cast<int>(kObsScreen));
+    QVERIFY(w->TypeToolTip(1).isEmpty());  // the secondary's shadow has no conic
+    // Hovering the cell shows it.
+    QTableWidget* grid = w->grid();
+    const QRect cell = grid->visualItemRect(grid->item(row - 1, 7));
+    QHelpEvent hover(QEvent::ToolTip, cell.center(), grid->viewport()->mapToGlobal(cell.center()));
+    QApplication::sendEvent(grid->viewport(), &hover);
+    QVERIFY(QToolTip::text().startsWith("K = -"));
+    QToolTip::hideText();
   }
 
   void panesTextAndOneWavelength() {
