@@ -341,7 +341,7 @@ bool AnalysisWindow::PrintTo(QPrinter& printer) {
   const PageFit fit = FitToPage(image.width(), image.height(), page.width(), page.height());
   p.drawImage(QRectF(0, 0, fit.width, fit.height), image);
   const bool ok = p.end();
-  Recompute();
+  Redraw();
   return ok;
 }
 

@@ -3,7 +3,7 @@
 // optional text pane, the wavelength choice, the reference and actual back
 // focus, the background list, and the buttons Update, Print, Save, Help and
 // Exit. A window adds its own controls to the side panel and computes in
-// Recompute().
+// Recompute(), and draws its last result again in Redraw().
 #include <QWidget>
 #include <array>
 #include <string>
@@ -109,6 +109,9 @@ class AnalysisWindow : public QWidget {
 
  protected:
   virtual void Recompute() = 0;
+  // The pictures of the last result drawn again (after a print, a new zoom);
+  // nothing is traced. Does nothing before a first Update.
+  virtual void Redraw() {}
   // At each activation: the wavelength boxes and the reference back focus.
   virtual void Activated();
 

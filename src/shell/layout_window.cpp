@@ -126,6 +126,7 @@ void LayoutWindow::Recompute() {
 }
 
 void LayoutWindow::Redraw() {
+  if (!computed_) return;
   RecordingCanvas plot;
   DrawLayout(layout_, Settings(), view_, plot);
   plot_->SetPlot(plot);

@@ -158,6 +158,8 @@ void SpotWindow::Redraw() {
   if (!computed_) return;
   SpotSettings s = drawnWith_;
   s.zoom = S(zoom_->text());
+  const double zoom = ParseLeadingNumber(s.zoom);
+  if (s.zoom.empty() || zoom == 0) zoom_->setText("1");
   s.background = BackgroundIndex();
   RecordingCanvas plot;
   DrawSpot(result_, s, plot);

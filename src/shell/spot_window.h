@@ -23,12 +23,12 @@ class SpotWindow : public AnalysisWindow {
 
  protected:
   void Recompute() override;
+  void Redraw() override;
   void Activated() override;
   void showEvent(QShowEvent* event) override;
 
  private:
   void ShowLabels(const SpotLabels& l);
-  void Redraw();
   SpotResult result_;
   SpotSettings drawnWith_;  // the settings of the last trace
   bool computed_ = false;

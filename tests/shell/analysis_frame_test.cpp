@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableWidget>
@@ -63,9 +64,10 @@ class TwoPaneWindow : public AnalysisWindow {
     return o;
   }
   explicit TwoPaneWindow(MainWindow& main) : AnalysisWindow(main, "FrmTwo", "Two panes", "SpotDiagram", Options()) {}
-  int computed = 0;
+  int computed = 0, redrawn = 0;
 
  protected:
+  void Redraw() override { ++redrawn; }
   void Recompute() override {
     ++computed;
     for (int i = 0; i < PaneCount(); ++i) {
@@ -219,6 +221,14 @@ class AnalysisFrameTest : public QObject {
     QFile saved(dir.filePath("table.txt"));
     QVERIFY(saved.open(QIODevice::ReadOnly));
     QCOMPARE(QString::fromUtf8(saved.readAll()), text->toPlainText());
+
+    // A print draws the last result again; it does not compute anew.
+    QPrinter pdf(QPrinter::HighResolution);
+    pdf.setOutputFormat(QPrinter::PdfFormat);
+    pdf.setOutputFileName(dir.filePath("print.pdf"));
+    QVERIFY(w->PrintTo(pdf));
+    QCOMPARE(w->computed, 1);
+    QCOMPARE(w->redrawn, 1);
 
     // Each pane its own picture file; the image operation fills its quarter.
     QVERIFY(w->SaveImageTo(dir.filePath("plot.png")));
