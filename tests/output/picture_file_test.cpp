@@ -48,6 +48,8 @@ TEST(PictureFile, EachTypeByItsExtension) {
   EXPECT_EQ(QImage(dir.filePath("b.BMP")).size(), QSize(400, 200));
   EXPECT_TRUE(Head(dir.filePath("c.svg"), 200).contains("<svg"));
   EXPECT_TRUE(Head(dir.filePath("d.pdf"), 5).startsWith("%PDF"));
+  // One page of the picture's size, a pixel to a point.
+  EXPECT_TRUE(Head(dir.filePath("d.pdf"), 1 << 20).contains("/MediaBox [0 0 400.000000 200.000000]"));
 
   // The image fills its rectangle sample by sample, unblurred.
   EXPECT_EQ(png.pixelColor(250, 50), QColor(255, 0, 0));
