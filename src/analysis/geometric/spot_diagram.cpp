@@ -158,8 +158,8 @@ void TraceSpotBundle(const DesignState& d, Tracer& t, int k, const SpotRun& run,
   }
 }
 
-// The trace and the statistics onto a result whose grid is built. `mirrored`
-// tells whether the system counts as centred for this drawing.
+// The trace and the statistics onto a result whose grid is built; its
+// `mirrored` says whether the system counts as centred in this drawing.
 void TraceAndMeasure(const DesignState& d, const SpotSettings& s, const SpotRun& run, SpotResult& r) {
   std::fill(r.SpotY.begin(), r.SpotY.end(), 0.0);
   std::fill(r.SpotX.begin(), r.SpotX.end(), 0.0);
