@@ -229,21 +229,19 @@ void DrawLayout(const Layout& L, const LayoutSettings& s, const LayoutFrame& w, 
 
   for (const auto& e : L.elements) c.Polygon(e, kLensFill);
   for (const auto& e : L.elements) {
-    for (std::size_t k = 0; k + 1 < e.size(); ++k) c.Line(e[k].x, e[k].y, e[k + 1].x, e[k + 1].y, kLensLine, 1);
-    c.Line(e.back().x, e.back().y, e.front().x, e.front().y, kLensLine, 1);
+    if (e.empty()) continue;
+    std::vector<PlotPoint> outline = e;
+    outline.push_back(e.front());
+    c.Polyline(outline, kLensLine, 1);
   }
   for (const auto& sfc : L.surfaces) {
     if (sfc.kind == Layout::Kind::Lens) continue;  // drawn with its element
     const Rgb color = sfc.kind == Layout::Kind::Mirror ? mirror : sfc.kind == Layout::Kind::Screen ? kScreen : kPlain;
     const int pen = sfc.kind == Layout::Kind::Plain ? 1 : 2;
-    for (std::size_t k = 0; k + 1 < sfc.profile.size(); ++k)
-      c.Line(sfc.profile[k].x, sfc.profile[k].y, sfc.profile[k + 1].x, sfc.profile[k + 1].y, color, pen);
+    if (sfc.profile.size() > 1) c.Polyline(sfc.profile, color, pen);
   }
-  for (const auto& ray : L.rays) {
-    const Rgb color = ray.axial ? kAxialRay : kFieldRay;
-    for (std::size_t k = 0; k + 1 < ray.points.size(); ++k)
-      c.Line(ray.points[k].x, ray.points[k].y, ray.points[k + 1].x, ray.points[k + 1].y, color, 1);
-  }
+  for (const auto& ray : L.rays)
+    if (ray.points.size() > 1) c.Polyline(ray.points, ray.axial ? kAxialRay : kFieldRay, 1);
 }
 
 }  // namespace ovrin
