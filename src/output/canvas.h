@@ -138,6 +138,19 @@ inline void RecordingCanvas::Replay(Canvas& t, const Rgb* background) const {
   }
 }
 
+// The back colour list of the analysis windows: 0 "White", 1 "Black",
+// 2 "Grey" (anything else is white), and the ink that reads on each.
+inline Rgb PlotBackground(int index) {
+  switch (index) {
+    case 1: return {0, 0, 0};
+    case 2: return {230, 230, 230};
+    default: return {255, 255, 255};
+  }
+}
+inline Rgb PlotInk(int background_index) {
+  return background_index == 1 ? Rgb{255, 255, 255} : Rgb{0, 0, 0};
+}
+
 // A picture fitted to the printable page with its aspect ratio kept.
 struct PageFit {
   double width, height;

@@ -212,9 +212,8 @@ double ScaleLength(double width) {
 }  // namespace
 
 void DrawLayout(const Layout& L, const LayoutSettings& s, const LayoutFrame& w, Canvas& c) {
-  const Rgb backgrounds[3] = {{255, 255, 255}, {0, 0, 0}, {230, 230, 230}};
-  const Rgb back = backgrounds[std::clamp(s.background, 0, 2)];
-  const Rgb ink = s.background == 1 ? Rgb{255, 255, 255} : Rgb{0, 0, 0};
+  const Rgb back = PlotBackground(s.background);
+  const Rgb ink = PlotInk(s.background);
   const Rgb mirror = s.background == 1 ? Rgb{255, 255, 255} : kMirror;
   c.Window(w.left, w.top, w.right, w.bottom);
   c.Clear(back);

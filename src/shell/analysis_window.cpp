@@ -120,7 +120,6 @@ void PlotView::paintEvent(QPaintEvent*) {
 // ---------------------------------------------------------------------------
 
 namespace {
-const Rgb kBackgrounds[3] = {{255, 255, 255}, {0, 0, 0}, {230, 230, 230}};
 
 FrameOptions OnePane(double plot_aspect, bool focus_controls) {
   FrameOptions o;
@@ -190,7 +189,7 @@ AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* c
   backColor_->addItems({"White", "Black", "Grey"});
   connect(backColor_, &QComboBox::currentIndexChanged, this,
           [this](int i) {
-            for (PlotView* pane : panes_) pane->SetBackground(kBackgrounds[std::clamp(i, 0, 2)]);
+            for (PlotView* pane : panes_) pane->SetBackground(PlotBackground(i));
           });
 
   auto* fixed = new QGridLayout;

@@ -4,25 +4,18 @@
 #include <limits>
 
 #include "core/number_text.h"
+#include "core/optics_math.h"
 
 namespace ovrin {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979;
 constexpr int kGridClear = 15600;  // entries cleared before a grid is built
 constexpr int kLastIndex = kPupilArraySize - 1;
 
 const Rgb kBlack{0, 0, 0};
-const Rgb kWhite{255, 255, 255};
 
-Rgb Background(int index) {
-  switch (index) {
-    case 1: return kBlack;
-    case 2: return {230, 230, 230};
-    default: return kWhite;
-  }
-}
+Rgb Background(int index) { return PlotBackground(index); }
 
 struct GridFault {};
 
@@ -167,11 +160,11 @@ void TraceAndMeasure(const DesignState& d, const SpotSettings& s, const SpotRun&
   r.drawn = false;
   r.error.clear();
   const double ay = run.angle_y, ax = run.angle_x;
-  const double norm = std::sqrt(std::cos(ay) * std::cos(ay) + std::cos(ax) * std::cos(ax) * std::sin(ay) * std::sin(ay));
+  const FieldDirection field = FieldDirectionOf(ay, ax);
   Tracer t(d);
-  t.FieldCosZ = std::cos(ax) * std::cos(ay) / norm;
-  t.FieldCosY = std::cos(ax) * std::sin(ay) / norm;
-  t.FieldCosX = std::sin(ax) * std::cos(ay) / norm;
+  t.FieldCosZ = field.cosZ;
+  t.FieldCosY = field.cosY;
+  t.FieldCosX = field.cosX;
   t.ObjHeight = d.HalfFieldY;
 
   r.RayCounter = r.VignRays = r.GoodRays = 0;
@@ -288,7 +281,7 @@ void DrawSpot(const SpotResult& r, const SpotSettings& s, Canvas& canvas) {
   canvas.Clear(Background(s.background));
   if (!r.gridBuilt) return;
   const SpotScale sc = SpotScaleOf(s.zoom);
-  const Rgb ink = s.background == 1 ? kWhite : kBlack;
+  const Rgb ink = PlotInk(s.background);
   canvas.Line(-175, -90, -175, 100, ink, 2);
   canvas.Text(-185, -93, FormatFixed(static_cast<double>(sc.MmPerPlotUnit * 190.0f), 3) + " mm", ink);
   canvas.Circle(170, -100, r.AiryRadius / sc.MmPerPlotUnit, ink);
