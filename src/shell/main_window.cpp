@@ -22,6 +22,7 @@
 #include "shell/design_window.h"
 #include "shell/dialogs.h"
 #include "shell/layout_window.h"
+#include "shell/geometric_windows.h"
 #include "shell/spot_window.h"
 #include "shell/widgets_util.h"
 
@@ -65,6 +66,10 @@ void MainWindow::BuildWindows() {
   windows_["Frmdati"] = child([this] { return new DesignWindow(*this); });
   windows_["FrmTilt"] = child([this] { return new TiltWindow(*this); });
   windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
+  windows_["Frmseidel1"] = child([this] { return new SeidelWindow(*this); });
+  windows_["Frmabsferica"] = child([this] { return new SphericalWindow(*this); });
+  windows_["Frmcodding"] = child([this] { return new FieldCurvatureWindow(*this); });
+  windows_["FrmRayFan"] = child([this] { return new RayFanWindow(*this); });
   windows_["FrmGuida"] = child([this] { return new HelpBook(this); });
   windows_["Frmlayout"] = child([this] { return new LayoutWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });

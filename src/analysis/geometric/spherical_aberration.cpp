@@ -196,8 +196,8 @@ void DrawLongitudinalSA(const SphericalResult& r, Canvas& c) {
     for (int i = 0; i <= 20; ++i) pts.push_back({r.ZoneLA[k][i], static_cast<double>(i)});
     c.Polyline(pts, r.colors[k + 1], 2);
     const double y = 19 - 1.5 * legend++;
-    c.Line(1.05 * S, y, 1.12 * S, y, r.colors[k + 1], 2);
-    c.Text(1.13 * S, y + 0.4, FormatFixed(r.wavelengths[k], 4), kBlack);
+    c.Line(1.03 * S, y, 1.07 * S, y, r.colors[k + 1], 2);
+    c.Text(1.08 * S, y + 0.4, FormatFixed(r.wavelengths[k], 4), kBlack);
   }
 }
 
@@ -215,7 +215,7 @@ void DrawTransversalSA(const SphericalResult& r, Canvas& c) {
   c.Line(-4, -70, 4, -70, kRed, 1);
   c.Text(-305, 108, FormatFixed(r.TransvScale, 5), kBlack);
   c.Text(-305, 78, FormatFixed(0.7 * r.TransvScale, 5), kBlack);
-  c.Text(296, -2, "100", kBlack);
+  c.Text(272, -2, "100", kBlack);
   c.Text(206, -2, "70", kBlack);
   c.Line(210, -3, 210, 3, kRed, 1);
   c.Line(-210, -3, -210, 3, kRed, 1);
