@@ -213,7 +213,7 @@ Runner FieldCurvCommand(CLI::App& c) {
   auto o = std::make_shared<Options>();
   AddDesignInput(c, o->in);
   c.add_option("--wl", o->wl, "the wavelength, 1 to 6 (default 1)")->check(CLI::Range(1, 6));
-  o->bfl_given = c.add_option("--bfl", o->bfl, "reference plane (default: Bfl)");
+  o->bfl_given = c.add_option("--bfl", o->bfl, "reference plane (default: Bfl at 3 decimals, as the window starts)");
   c.add_option("--scale", o->scale, "Max. Curv. SCALE, 0 automatic");
   c.add_option("--text", o->text, "write the table as a text file");
   AddPictureOutput(c, o->picture);
@@ -222,7 +222,7 @@ Runner FieldCurvCommand(CLI::App& c) {
     if (s->design.IndexWl[o->wl][1] == 0) throw CliFailure("Wavelength " + std::to_string(o->wl) + " is not in use");
     FieldCurvSettings set;
     set.wavelength = o->wl;
-    set.referenceBfl = o->bfl_given->count() ? PlainDecimal(o->bfl) : "0";
+    set.referenceBfl = o->bfl_given->count() ? PlainDecimal(o->bfl) : FormatFixed(s->design.Bfl, 3);
     set.scale = PlainDecimal(o->scale);
     set.angleY = s->sheet.Txtangolo;
     set.angleX = s->sheet.TxtangoloX;
@@ -263,14 +263,14 @@ Runner RayFanCommand(CLI::App& c) {
   };
   auto o = std::make_shared<Options>();
   AddDesignInput(c, o->in);
-  o->bfl_given = c.add_option("--bfl", o->bfl, "actual image distance (default: Bfl at 4 decimals)");
+  o->bfl_given = c.add_option("--bfl", o->bfl, "actual image distance (default: Bfl at 3 decimals, as the window starts)");
   c.add_option("--focal-radius", o->focal_radius, "radius of the focal surface, 0 flat");
   c.add_option("--text", o->text, "write the intercepts as a text file");
   AddPictureOutput(c, o->picture);
   return [o] {
     const auto s = LoadDesign(o->in);
     RayFanSettings set;
-    set.imageDistance = o->bfl_given->count() ? o->bfl : RoundTo(s->design.Bfl, 4);
+    set.imageDistance = o->bfl_given->count() ? o->bfl : RoundTo(s->design.Bfl, 3);
     set.focalRadius = o->focal_radius;
     set.angleY = s->sheet.Txtangolo;
     set.angleX = s->sheet.TxtangoloX;
