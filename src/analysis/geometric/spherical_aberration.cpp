@@ -100,7 +100,9 @@ SphericalResult ComputeSpherical(const DesignState& d, const SphericalSettings& 
     for (int k = 1; k <= 6; ++k) {
       if (k > 1 && !out.InUse[k - 1]) continue;
       const SurfTable index = PrivateIndexTable(d, k, IndexWidth::Double);
-      ZoneTable la{}, ta{}, osc{}, u{}, back{};
+      // Written zone by zone: a failure leaves what was traced before it.
+      ZoneTable &la = out.ZoneLA[k - 1], &ta = out.ZoneTA[k - 1], &osc = out.ZoneOSC[k - 1];
+      ZoneTable &u = out.ZoneU[k - 1], &back = out.ZoneBack[k - 1];
       // Reference ray A, on the axis.
       const auto a = zt.Trace(index, 1e-9, false);
       const double ua = a.exit;
@@ -143,11 +145,6 @@ SphericalResult ComputeSpherical(const DesignState& d, const SphericalSettings& 
         h -= step;
         zone(i, h);
       }
-      out.ZoneLA[k - 1] = la;
-      out.ZoneTA[k - 1] = ta;
-      out.ZoneOSC[k - 1] = osc;
-      out.ZoneU[k - 1] = u;
-      out.ZoneBack[k - 1] = back;
       if (k == 1) out.traced = true;
     }
   } catch (const TraceError&) {
