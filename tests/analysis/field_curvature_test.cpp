@@ -82,6 +82,27 @@ TEST(FieldCurvature, NearAxisFociLieOnTheParaxialFocus) {
   EXPECT_EQ(ComputeFieldCurvature(d, s).Scale, -0.3);
 }
 
+TEST(FieldCurvature, NearObjectStepsByObjectHeight) {
+  // A flat object through the centre of curvature of a concave mirror: the
+  // steps are object heights, and the near-axis step focuses on the
+  // paraxial image, within the small curvature of the image at 0.2 mm.
+  TestDesign t;
+  Build(t, {{101, kR, 0, SurfaceSpec::AirNegat}}, 50, 0);
+  t.sheet.SelectOption2();
+  t.sheet.Text2 = "1000";
+  t.sheet.Text3 = "20";
+  ASSERT_TRUE(t.Update().ok);
+  const FieldCurvResult r = Curv(t);
+  ASSERT_FALSE(r.failed);
+  EXPECT_TRUE(r.finite);
+  EXPECT_EQ(r.rows[4][0], "10.00");
+  EXPECT_NE(FieldCurvTableText(r).find("Obj.Height"), std::string::npos);
+  // The image of a point at height H is inverted at height -H.
+  EXPECT_NEAR(r.ChiefHeight[10], -20, 0.05);
+  EXPECT_NEAR(r.ZTan[0], 0.0, 1e-3);
+  EXPECT_NEAR(r.ZSag[0], 0.0, 1e-3);
+}
+
 TEST(FieldCurvature, ZeroFieldStillGivesTenRows) {
   TestDesign t;
   Build(t, {{101, kR, 0, SurfaceSpec::AirNegat}}, 100, 0);

@@ -114,6 +114,26 @@ TEST(SeidelMirror, UncenteredSystemWarnsInRed) {
   EXPECT_EQ(lines.back().Text(), "Uncentered system: calculation based on paraxial raytrace may be invalid");
 }
 
+TEST(SeidelMirror, CentreOfCurvatureImagesWithoutSphericalAberration) {
+  // Rays from the centre of curvature meet a sphere along its normals: no
+  // spherical aberration and no coma, at unit magnification reversed.
+  TestDesign t = Mirror();
+  t.sheet.SelectOption2();
+  t.sheet.Text2 = ShortestText(std::fabs(kR));
+  t.sheet.Text3 = "5";
+  ASSERT_TRUE(t.Update().ok);
+  const SeidelResult r = Seidel(t);
+  ASSERT_EQ(r.error, "");
+  EXPECT_FALSE(r.infinite);
+  EXPECT_NEAR(r.seidel.sum[0], 0.0, 1e-15);
+  EXPECT_NEAR(r.seidel.sum[1], 0.0, 1e-15);
+  double magnification = 0;
+  for (const SetupLine& l : r.setup)
+    if (std::string(l.key) == "LateralMagnification") magnification = l.value;
+  EXPECT_NEAR(std::fabs(magnification), 1.0, 1e-9);
+  EXPECT_NE(SeidelTableText(r, SeidelTable::Setup).find("OBJECT HEIGHT"), std::string::npos);
+}
+
 TEST(SeidelInput, MissingFieldClosesTheWindow) {
   TestDesign t = Mirror(kSphere, 0, 0, 0);
   SeidelResult r = Seidel(t);

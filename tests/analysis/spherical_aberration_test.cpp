@@ -71,6 +71,22 @@ TEST(SphericalZones, ParaboloidFocusesEveryZoneButBreaksTheSineCondition) {
   EXPECT_EQ(r.oscTable.size(), 10u);
 }
 
+TEST(SphericalZones, CentreOfCurvatureIsAnAplanaticPoint) {
+  // A point at the centre of a spherical mirror is imaged onto itself by
+  // every zone, and the sine condition holds there.
+  TestDesign t = Mirror(0);
+  t.sheet.SelectOption2();
+  t.sheet.Text2 = "1000";
+  t.sheet.Text3 = "5";
+  ASSERT_TRUE(t.Update().ok);
+  const SphericalResult r = Zones(t);
+  ASSERT_EQ(r.error, "");
+  for (int i : {5, 10, 20, 30, 41}) {
+    EXPECT_NEAR(r.ZoneLA[0][i], 0.0, 1e-6) << "zone " << i;
+    EXPECT_NEAR(r.ZoneOSC[0][i], 0.0, 1e-6) << "zone " << i;
+  }
+}
+
 TEST(SphericalZones, CentralObstructionStopsInnerZonesWhichStillCount) {
   // A screen of radius 30 in front of the mirror.
   SurfaceSpec screen{30, 0, 200};
