@@ -64,6 +64,32 @@ TEST(FieldCurvature, ConcentricMirrorHasNoAstigmatismAndItsPetzvalField) {
   EXPECT_NE(FieldCurvTableText(r).find("Average Field  Radius"), std::string::npos);
 }
 
+TEST(FieldCurvature, FlattenedFieldHasItsFociOnThePlane) {
+  // The concentric mirror with a field lens near its focus whose Petzval
+  // term cancels the mirror's: (n' - n) / (n n' R) sums to 0 with a glass of
+  // index 1.5 and a front radius of R_mirror / 6. The stop at the centre
+  // keeps astigmatism away, and the lens 3 mm before the image adds little.
+  TestDesign t;
+  SurfaceSpec stop{20, 0, -kR};
+  SurfaceSpec lens{60, kR / 6, -3, SurfaceSpec::Direct, -1.5};
+  Build(t, {stop, {200, kR, -494, SurfaceSpec::AirNegat}, lens, {60, 0, 0, SurfaceSpec::AirNegat}}, 20, 5);
+  t.sheet.Cell(1, 1) = "AS";
+  ASSERT_TRUE(t.Update().ok);
+  const FieldCurvResult flat = Curv(t);
+  const FieldCurvResult curved = Curv(Concentric());
+  ASSERT_FALSE(flat.failed);
+  for (int k = 1; k <= 10; ++k) {
+    const double tan = flat.ZTan[k] - flat.ZTan[0], sag = flat.ZSag[k] - flat.ZSag[0];
+    const double uncorrected = std::fabs(curved.ZTan[k] - curved.ZTan[0]);
+    EXPECT_LT(std::fabs(sag), 0.02 * uncorrected) << "step " << k;
+    EXPECT_LT(std::fabs(tan), 0.06 * uncorrected) << "step " << k;
+    // The astigmatism the lens adds leaves the Petzval surface on the plane:
+    // it lies half the tangential-sagittal gap beyond the sagittal focus,
+    // at (3 S - T) / 2.
+    EXPECT_LT(std::fabs(3 * sag - tan) / 2, 0.015 * uncorrected) << "step " << k;
+  }
+}
+
 TEST(FieldCurvature, NearAxisFociLieOnTheParaxialFocus) {
   DesignState d;
   DesignSheet sheet;
