@@ -173,19 +173,19 @@ const Rgb kStoppedGrey{230, 230, 230};
 void DrawLongitudinalSA(const SphericalResult& r, Canvas& c) {
   double S = r.LongScale;
   if (S == 0 || !std::isfinite(S)) S = 0.0001;
-  c.Window(-1.1 * S, 22, 1.3 * S, -2);
+  c.Window(-1.1 * S, 21, 1.3 * S, -1);
   c.Clear({255, 255, 255});
   const double lo = std::min(-S, S), hi = std::max(-S, S);
   // Grid: every 10 % of the pupil across, and S/2 steps along.
   for (int z = 0; z <= 20; z += 2) c.Line(lo, z, hi, z, kGrid, 1);
   for (int q = -2; q <= 2; ++q) c.Line(q * S / 2, 0, q * S / 2, 20, kGrid, 1);
   c.Line(0, 0, 0, 20, kBlack, 1);
-  c.Text(-1.08 * S, 21.8, "% Pupil Radius", kBlack);
+  c.Text(-0.92 * S, 21, "% Pupil Radius", kBlack);
   for (int z = 4; z <= 20; z += 4) c.Text(-1.08 * S, z + 0.4, std::to_string(z * 5), kBlack);
-  c.Text(-S, -0.3, FormatFixed(-S, 5), kBlack);
-  c.Text(-S / 2, -0.3, FormatFixed(-S / 2, 5), kBlack);
-  c.Text(S / 2, -0.3, FormatFixed(S / 2, 5), kBlack);
-  c.Text(S, -0.3, FormatFixed(S, 5), kBlack);
+  c.Text(-S, -0.05, FormatFixed(-S, 5), kBlack);
+  c.Text(-S / 2, -0.05, FormatFixed(-S / 2, 5), kBlack);
+  c.Text(S / 2, -0.05, FormatFixed(S / 2, 5), kBlack);
+  c.Text(S, -0.05, FormatFixed(S, 5), kBlack);
   int legend = 0;
   for (int k = 0; k < 6; ++k) {
     if (!r.InUse[k]) continue;
@@ -199,7 +199,7 @@ void DrawLongitudinalSA(const SphericalResult& r, Canvas& c) {
 }
 
 void DrawTransversalSA(const SphericalResult& r, Canvas& c) {
-  c.Window(-310, 110, 310, -110);
+  c.Window(-310, 100, 300, -100);
   c.Clear({255, 255, 255});
   const double unit = r.TransvScale == 0 ? 0.0001 : r.TransvScale / 100;
   c.Line(-300, 0, 300, 0, kGrid, 1);
@@ -210,8 +210,8 @@ void DrawTransversalSA(const SphericalResult& r, Canvas& c) {
   c.Line(300, -100, 300, 100, kGrid, 1);
   c.Line(-4, 70, 4, 70, kRed, 1);
   c.Line(-4, -70, 4, -70, kRed, 1);
-  c.Text(-305, 108, FormatFixed(r.TransvScale, 5), kBlack);
-  c.Text(-305, 78, FormatFixed(0.7 * r.TransvScale, 5), kBlack);
+  c.Text(-296, 98, FormatFixed(r.TransvScale, 5), kBlack);
+  c.Text(-296, 68, FormatFixed(0.7 * r.TransvScale, 5), kBlack);
   c.Text(272, -2, "100", kBlack);
   c.Text(206, -2, "70", kBlack);
   c.Line(210, -3, 210, 3, kRed, 1);
