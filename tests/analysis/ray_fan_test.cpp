@@ -68,6 +68,24 @@ TEST(RayFan, OtherWavelengthsAreReferredToWavelengthOne) {
   EXPECT_NEAR(full.FanChiefY, t.d.ImageHeight, 0.05 * std::fabs(t.d.ImageHeight));
 }
 
+TEST(RayFan, NearObjectFieldsAreObjectHeights) {
+  // A concave mirror of radius 1000 images an object 2000 mm away at
+  // 2000 / 3 mm with magnification -1/3: the chief rays of the three fields
+  // land at 0, -0.7 H / 3 and -H / 3.
+  TestDesign t;
+  Build(t, {{101, -1000, 0, SurfaceSpec::AirNegat}}, 50, 0);
+  t.sheet.SelectOption2();
+  t.sheet.Text2 = "2000";
+  t.sheet.Text3 = "40";
+  ASSERT_TRUE(t.Update().ok);
+  ASSERT_NEAR(std::fabs(t.d.Bfl), 2000.0 / 3, 1e-6);
+  const RayFanResult r = Fans(t.d, t.sheet);
+  ASSERT_EQ(r.error, "");
+  EXPECT_NEAR(r.fields[0].FanChiefY, 0.0, 1e-6);
+  EXPECT_NEAR(r.fields[1].FanChiefY, -0.7 * 40 / 3, 0.01);
+  EXPECT_NEAR(r.fields[2].FanChiefY, -40.0 / 3, 0.01);
+}
+
 TEST(RayFan, GraphWithoutAnyAberrationEndsTheUpdate) {
   // A beam of no width: every sagittal ray is the chief ray itself, and the
   // graph would divide by its largest value, 0.
