@@ -105,8 +105,9 @@ OpdFanResult ComputeOpdFan(const DesignState& d, const OpdFanSettings& s) {
       r.axisText = r.axis;
     else
       RunRow(d, axis_text, r.Zxp, r, r.axisText);
-  } catch (const TraceError&) {
+  } catch (const TraceError& e) {
     OpdFanResult failed;
+    failed.error = e;
     failed.EntrPupilY = r.EntrPupilY;
     failed.UncenteredFlag = r.UncenteredFlag;
     return failed;

@@ -2,6 +2,7 @@
 // The OPD fans: the tangential and sagittal fans of 21 rays each, on axis and
 // at the full field, for every wavelength in use, their graphs and their text.
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,7 @@ struct OpdFanRow {
 
 struct OpdFanResult {
   bool ok = false;
+  std::optional<TraceError> error;  // why the run failed
   double Zxp = 0;
   double a = 0;  // entrance beam half-diameter
   std::array<double, kFanRays + 1> PupilY{}, PupilX{};

@@ -114,8 +114,10 @@ VersusResult ComputeVersus(const DesignState& d, const VersusSettings& s, const 
         r.text.push_back(FormatFixed(x, 3) + "       " + FormatFixed(v, 3));
       if (progress) progress(std::min((i + 1) * 100 / steps, 100));
     }
-  } catch (const TraceError&) {
-    return VersusResult{};
+  } catch (const TraceError& e) {
+    VersusResult failed;
+    failed.error = e;
+    return failed;
   }
   r.ok = true;
   return r;

@@ -1,6 +1,7 @@
 #pragma once
 // RMS wave front and Strehl ratio along a scan of field, focus or wavelength:
 // the six versus windows share this one computation.
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,7 @@ struct VersusSettings {
 
 struct VersusResult {
   bool ok = false;
+  std::optional<TraceError> error;  // why the run failed
   std::vector<std::pair<double, double>> rows;  // (x, value)
   std::vector<std::string> text;                // Text3: the header, then one line a step
   double range = 0;                             // the horizontal span of the graph's x

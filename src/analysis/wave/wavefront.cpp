@@ -108,8 +108,10 @@ WavefrontResult ComputeWavefront(const DesignState& d, const WavefrontSettings& 
     }
     r.stats = ComputeWaveStats(r.W);
     r.Zxp = e.Zxp, r.Xc = e.Xc, r.Yc = e.Yc, r.Zc0 = e.Zc0, r.Pc = e.Pc, r.Lc = e.Lc;
-  } catch (const TraceError&) {
-    return WavefrontResult{};
+  } catch (const TraceError& e) {
+    WavefrontResult failed;
+    failed.error = e;
+    return failed;
   }
   const WaveStats& st = r.stats;
   r.Label19 = FormatFixed(st.PV, 4);

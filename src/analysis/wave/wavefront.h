@@ -2,6 +2,7 @@
 // The wave front of one field point over the whole pupil: the OPD grid, its
 // peak-to-valley, RMS and Strehl numbers, the colour scale, and the drawings
 // of the map, the colour bar and the relief surface.
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,7 @@ struct WavefrontSettings {
 
 struct WavefrontResult {
   bool ok = false;             // false: the run failed; nothing is shown
+  std::optional<TraceError> error;  // why the run failed
   int N = 0;                   // 2 x PupilGridDiv
   int div = 0;
   int rows = 0, cols = 0;
