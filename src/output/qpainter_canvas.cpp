@@ -54,6 +54,9 @@ void QPainterCanvas::Polygon(const std::vector<PlotPoint>& points, Rgb fill) {
   p_.setPen(Qt::NoPen);
   p_.setBrush(Color(fill));
   p_.drawPolygon(poly);
+  // The fill must not outlive the polygon: whoever paints after the plot (a
+  // frame around it) would fill with it.
+  p_.setBrush(Qt::NoBrush);
 }
 
 void QPainterCanvas::Text(double x, double y, const std::string& text, Rgb color) {
