@@ -47,6 +47,28 @@ void CheckWavelength(const DesignState& d, int k) {
 double AngleY(const LoadedDesign& s) { return ParseLeadingNumber(s.sheet.Txtangolo); }
 double AngleX(const LoadedDesign& s) { return ParseLeadingNumber(s.sheet.TxtangoloX); }
 
+// The picture of the commands that compute no grid of their own: the 64 x 64
+// map of the same run.
+void WriteMap(const DesignState& d, const WavefrontSettings& set, const PictureOutput& picture, nlohmann::json& j) {
+  if (!picture.wanted()) return;
+  const WavefrontResult r = ComputeWavefront(d, set);
+  RecordingCanvas plot;
+  DrawWavefrontMap(r, plot);
+  picture.Write(plot, 512, 512, j);
+}
+
+WavefrontSettings MapSettings(const LoadedDesign& s, int k, double bfl, double focal_radius, bool full) {
+  WavefrontSettings set;
+  set.wavelength = k;
+  set.gridDiv = 32;
+  set.actualBfl = bfl;
+  set.focalRadius = focal_radius;
+  set.fullField = full;
+  set.angleYDeg = ParseLeadingNumber(s.sheet.Txtangolo);
+  set.angleXDeg = ParseLeadingNumber(s.sheet.TxtangoloX);
+  return set;
+}
+
 [[noreturn]] void Failed(const std::optional<TraceError>& e) {
   if (e) FailRay(*e);
   throw CliFailure("TraceError");
@@ -76,8 +98,10 @@ Runner Opd(CLI::App& c) {
     } catch (const TraceError& err) {
       FailRay(err);
     }
-    return nlohmann::json{{"W", w}, {"Zxp", e.Zxp}, {"Xc", e.Xc}, {"Yc", e.Yc},
-                          {"Zc0", e.Zc0}, {"Pc", e.Pc}, {"Lc", e.Lc}};
+    nlohmann::json j{{"W", w}, {"Zxp", e.Zxp}, {"Xc", e.Xc}, {"Yc", e.Yc},
+                     {"Zc0", e.Zc0}, {"Pc", e.Pc}, {"Lc", e.Lc}};
+    WriteMap(d, MapSettings(*s, o->wl, ActualBfl(*s, *o), o->focal_radius, o->field == "full"), o->picture, j);
+    return j;
   };
 }
 
@@ -138,6 +162,7 @@ Runner AutoFocusOpdCommand(CLI::App& c) {
   auto o = std::make_shared<WaveOptions>();
   AddDesignInput(c, o->in);
   AddWl(c, *o);
+  AddPictureOutput(c, o->picture);
   return [o] {
     const auto s = LoadDesign(o->in);
     const DesignState& d = s->design;
@@ -148,8 +173,11 @@ Runner AutoFocusOpdCommand(CLI::App& c) {
     } catch (const TraceError& e) {
       FailRay(e);
     }
-    return nlohmann::json{{"FocusShift", static_cast<double>(shift)},
-                          {"ActualBfl", FormatFixed(d.Bfl + static_cast<double>(shift), 4)}};
+    const std::string focus = FormatFixed(d.Bfl + static_cast<double>(shift), 4);
+    nlohmann::json j{{"FocusShift", static_cast<double>(shift)}, {"ActualBfl", focus}};
+    // The picture: the on-axis map at the new focus.
+    WriteMap(d, MapSettings(*s, o->wl, ParseLeadingNumber(focus), 0, false), o->picture, j);
+    return j;
   };
 }
 

@@ -193,6 +193,26 @@ TEST(OpdEngine, TheExitPupilDoesNotDependOnTheStartSlope) {
   EXPECT_EQ(ef.Xc, 0.0);
 }
 
+TEST(OpdEngine, XFieldImagePointAndTheOnAxisChoiceIgnoringTheFieldBoxes) {
+  // An X field angle puts the image point f tan(angle) across; with no image
+  // tilt Xc is the chief ray's X on the image plane.
+  TestDesign t = Mirror(-1);
+  OpdRun field;
+  field.actualBfl = t.d.Bfl;
+  field.field = true;
+  field.fieldAngleX = 0.3 * M_PI / 180;
+  OpdEngine e(t.d, field);
+  e.ChiefReference();
+  EXPECT_NEAR(std::fabs(e.Xc), 1600 * std::tan(0.3 * M_PI / 180), 1e-3);
+  EXPECT_NEAR(e.Yc, 0, 1e-9);
+
+  // "On-Axis" takes neither of the design window's angles.
+  WavefrontSettings plain = Axis(t.d), angled = Axis(t.d);
+  angled.angleYDeg = 0.4;
+  angled.angleXDeg = -0.2;
+  EXPECT_EQ(ComputeWavefront(t.d, plain).W, ComputeWavefront(t.d, angled).W);
+}
+
 TEST(AutoFocusOpd, SphericalMirrorLandsBetweenParaxialAndMarginalFocus) {
   TestDesign t = Mirror(0);
   const float shift = AutoFocusOpd(t.d, 1, t.d.Bfl);
