@@ -67,13 +67,6 @@ ovrin::Progress ProgressOf(QProgressBar* bar) {
   };
 }
 
-// The frame's wavelength boxes as one exclusive choice.
-void MakeExclusive(QWidget* owner, const std::array<QCheckBox*, 6>& boxes) {
-  auto* group = new QButtonGroup(owner);
-  group->setExclusive(true);
-  for (QCheckBox* b : boxes) group->addButton(b);
-}
-
 double Val(const QLineEdit* box) { return ParseLeadingNumber(S(box->text())); }
 
 // The design window's field angle boxes, in degrees.
@@ -86,17 +79,36 @@ Angles SheetAngles(const DesignSheet& sheet) {
 
 }  // namespace
 
-int SelectedWavelength(const std::array<bool, 6>& on) {
-  for (int k = 0; k < 6; ++k)
-    if (on[k]) return k + 1;
-  return 0;
-}
-
 // ---------------------------------------------------------------------------
 // FrmOPDfan
 
+namespace {
+FrameOptions FanFrame() {
+  FrameOptions o;
+  o.plot_aspect = 4.0 / 3.0;
+  o.panes = {"Picture1", "Picture2", "Picture3", "Picture4"};  // on axis above, full field below
+  o.pane_columns = 2;
+  return o;
+}
+FrameOptions WavefrontFrame() {
+  FrameOptions o;
+  o.plot_aspect = 1.0;
+  o.panes = {"Picture1"};
+  o.wavelengths = FrameOptions::Wavelengths::One;
+  o.wavelength_names = {"Option1", "Option2", "Option3", "Option4", "Option5", "Option6"};
+  return o;
+}
+FrameOptions VersusFrame() {
+  FrameOptions o;
+  o.plot_aspect = 4.0 / 3.0;
+  o.wavelengths = FrameOptions::Wavelengths::One;
+  o.text_pane = "Text3";
+  return o;
+}
+}  // namespace
+
 OpdFanWindow::OpdFanWindow(MainWindow& main)
-    : AnalysisWindow(main, "FrmOPDfan", "OPD Fans  (Optical Path Difference)", "OPDfan", 4.0 / 3.0) {
+    : AnalysisWindow(main, "FrmOPDfan", "OPD Fans  (Optical Path Difference)", "OPDfan", FanFrame()) {
   focalRadius_ = Box("Text2", "0", this);
   SelectAllOnFocus(focalRadius_);
   QPushButton* text = Button("Command2", "OPD Fans TEXT", this);
@@ -136,12 +148,18 @@ void OpdFanWindow::Recompute() {
   // The fan window alone writes these back into the design.
   d.EntrPupilY = result_.EntrPupilY;
   d.UncenteredFlag = result_.UncenteredFlag;
-  RecordingCanvas plot;
-  if (result_.ok)
-    DrawOpdFans(result_, d, plot);
-  else
-    plot.Clear({255, 255, 255});
-  plot_->SetPlot(plot);
+  Redraw();
+}
+
+void OpdFanWindow::Redraw() {
+  const DesignState& d = main_.session().design;
+  for (int i = 0; i < PaneCount(); ++i) {
+    RecordingCanvas graph;
+    graph.Window(0, 0, 1, 1);
+    graph.Clear({255, 255, 255});
+    DrawOpdFanGraph(result_, d, i >= 2, i % 2 == 0, graph, 0, 0, 1, 1);
+    Pane(i)->SetPlot(graph);
+  }
 }
 
 void OpdFanWindow::AutoFocusAndUpdate() {
@@ -150,7 +168,8 @@ void OpdFanWindow::AutoFocusAndUpdate() {
     const float shift = AutoFocusOpd(d, 1, d.Bfl);
     actualBfl_->setText(Q(FormatFixed(d.Bfl + static_cast<double>(shift), 4)));
   } catch (const TraceError&) {
-    plot_->SetPlot(RecordingCanvas{});
+    result_ = OpdFanResult{};
+    Redraw();
     return;
   }
   Update();
@@ -216,10 +235,7 @@ QString OpdFanTextWindow::text() const { return text_->toPlainText(); }
 // FrmWFront
 
 WavefrontWindow::WavefrontWindow(MainWindow& main)
-    : AnalysisWindow(main, "FrmWFront", "Wave Front  ( Optical Path Difference )", "WaveFront", 1.0) {
-  plot_->setObjectName("Picture1");
-  MakeExclusive(this, wl_);
-  for (int k = 0; k < 6; ++k) wl_[k]->setObjectName(QString("Option%1").arg(k + 1));
+    : AnalysisWindow(main, "FrmWFront", "Wave Front  ( Optical Path Difference )", "WaveFront", WavefrontFrame()) {
 
   grid_ = new QButtonGroup(this);
   auto* gridRow = new QHBoxLayout;
@@ -320,7 +336,7 @@ void WavefrontWindow::Activated() {
 
 WavefrontSettings WavefrontWindow::Settings() const {
   WavefrontSettings s;
-  s.wavelength = SelectedWavelength(CheckedWavelengths());
+  s.wavelength = ChosenWavelength();
   s.gridDiv = grid_->checkedId() > 0 ? grid_->checkedId() : 32;
   s.actualBfl = Val(actualBfl_);
   s.focalRadius = Val(focalRadius_);
@@ -384,7 +400,7 @@ bool WavefrontWindow::eventFilter(QObject* watched, QEvent* event) {
 
 void WavefrontWindow::AutoFocusAndUpdate() {
   const DesignState& d = main_.session().design;
-  const int k = SelectedWavelength(CheckedWavelengths());
+  const int k = ChosenWavelength();
   try {
     const float shift = AutoFocusOpd(d, k >= 1 ? k : 1, d.Bfl);
     actualBfl_->setText(Q(FormatFixed(d.Bfl + static_cast<double>(shift), 4)));
@@ -400,19 +416,11 @@ void WavefrontWindow::AutoFocusAndUpdate() {
 // The six versus windows
 
 VersusWindow::VersusWindow(MainWindow& main, VersusScan scan, VersusMeasure measure)
-    : AnalysisWindow(main, VersusWindowName(scan, measure), VersusCaption(scan, measure), "Versus", 4.0 / 3.0),
+    : AnalysisWindow(main, VersusWindowName(scan, measure), VersusCaption(scan, measure), "Versus", VersusFrame()),
       scan_(scan),
       measure_(measure) {
-  MakeExclusive(this, wl_);
   const DesignState& d = main.session().design;
   actualBfl_->setText(Q(FormatFixed(d.Bfl, 4)));
-  table_ = new QPlainTextEdit(this);
-  table_->setObjectName("Text3");
-  table_->setReadOnly(true);
-  table_->setLineWrapMode(QPlainTextEdit::NoWrap);
-  QFont mono("Monospace");
-  mono.setStyleHint(QFont::TypeWriter);
-  table_->setFont(mono);
   QPushButton* autofocus = Button("Command2", "AutoFocus", this);
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
   progress_ = NewProgressBar(this);
@@ -432,9 +440,8 @@ VersusWindow::VersusWindow(MainWindow& main, VersusScan scan, VersusMeasure meas
     panel_->addWidget(longWl_, r++, 1);
   }
   panel_->addWidget(autofocus, r++, 0, 1, 2);
-  panel_->addWidget(table_, r, 0, 1, 2);
-  panel_->setRowStretch(r++, 1);
   panel_->addWidget(progress_, r++, 0, 1, 2);
+  panel_->setRowStretch(r, 1);
   plot_->setMouseTracking(true);
   plot_->installEventFilter(this);
 }
@@ -448,7 +455,7 @@ VersusSettings VersusWindow::Settings() const {
   VersusSettings s;
   s.scan = scan_;
   s.measure = measure_;
-  s.wavelength = SelectedWavelength(CheckedWavelengths());
+  s.wavelength = ChosenWavelength();
   s.actualBfl = Val(actualBfl_);
   const Angles angles = SheetAngles(main_.session().sheet);
   s.angleYDeg = angles.y;
@@ -465,15 +472,19 @@ void VersusWindow::Recompute() {
   progress_->show();
   result_ = s.wavelength >= 1 ? ComputeVersus(main_.session().design, s, ProgressOf(progress_)) : VersusResult{};
   progress_->hide();
-  QStringList lines;
-  for (const std::string& l : result_.text) lines << Q(l);
-  table_->setPlainText(lines.join("\n"));
+  std::string lines;
+  for (const std::string& l : result_.text) lines += (lines.empty() ? "" : "\n") + l;
+  SetText(lines);
+  Redraw();
+}
+
+void VersusWindow::Redraw() {
   RecordingCanvas plot;
-  DrawVersus(result_, s, plot);
+  DrawVersus(result_, Settings(), plot);
   plot_->SetPlot(plot);
 }
 
-QString VersusWindow::tableText() const { return table_->toPlainText(); }
+QString VersusWindow::tableText() const { return text_->toPlainText(); }
 
 bool VersusWindow::eventFilter(QObject* watched, QEvent* event) {
   if (watched == plot_ && result_.ok) {
@@ -490,7 +501,7 @@ bool VersusWindow::eventFilter(QObject* watched, QEvent* event) {
 
 void VersusWindow::AutoFocusAndUpdate() {
   const DesignState& d = main_.session().design;
-  const int k = SelectedWavelength(CheckedWavelengths());
+  const int k = ChosenWavelength();
   try {
     const float shift = AutoFocusOpd(d, k >= 1 ? k : 1, d.Bfl);
     actualBfl_->setText(Q(FormatFixed(d.Bfl + static_cast<double>(shift), 4)));

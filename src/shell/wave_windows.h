@@ -22,9 +22,6 @@ class QSlider;
 
 namespace ovrin::shell {
 
-// The wavelength boxes of the frame as one choice: the first one on wins.
-int SelectedWavelength(const std::array<bool, 6>& on);
-
 class OpdFanWindow : public AnalysisWindow {
   Q_OBJECT
  public:
@@ -37,6 +34,7 @@ class OpdFanWindow : public AnalysisWindow {
 
  protected:
   void Recompute() override;
+  void Redraw() override;
   void Activated() override;
 
  private:
@@ -63,7 +61,7 @@ class WavefrontWindow : public AnalysisWindow {
   // Command1: the focus fit of the selected wavelength, then the update.
   void AutoFocusAndUpdate();
   // The rotation, relief, colour and zoom redraws: W is not traced again.
-  void Redraw();
+  void Redraw() override;
   ReliefView View() const;
 
  protected:
@@ -104,6 +102,7 @@ class VersusWindow : public AnalysisWindow {
 
  protected:
   void Recompute() override;
+  void Redraw() override;
   void Activated() override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -111,7 +110,6 @@ class VersusWindow : public AnalysisWindow {
   VersusScan scan_;
   VersusMeasure measure_;
   VersusResult result_;
-  QPlainTextEdit* table_;  // Text3
   QLineEdit* defocus_ = nullptr;
   QLineEdit* shortWl_ = nullptr;
   QLineEdit* longWl_ = nullptr;

@@ -80,7 +80,7 @@ class WaveWindowsTest : public QObject {
     QCOMPARE(text1->text(), Q(FormatFixed(s->design.Bfl, 4)));
     Click(fan, "Update");
     QVERIFY(fan->result().ok);
-    QVERIFY(!fan->findChild<PlotView*>("Picturespot")->plot().empty());
+    for (const char* pane : {"Picture1", "Picture2", "Picture3", "Picture4"}) QVERIFY(!fan->findChild<PlotView*>(pane)->plot().empty());
     // The window's numbers are the engine's for the same boxes.
     OpdFanSettings set;
     set.actualBfl = ParseLeadingNumber(text1->text().toStdString());

@@ -125,12 +125,8 @@ WavefrontResult ComputeWavefront(const DesignState& d, const WavefrontSettings& 
   return r;
 }
 
-// Until the canvas has an image operation, each cell is a filled box.
 void PaintCells(Canvas& c, int rows, int cols, const std::vector<Rgb>& colors) {
-  for (int i = 0; i < rows; ++i)
-    for (int j = 0; j < cols; ++j)
-      c.Polygon({{double(j), double(i)}, {j + 1.0, double(i)}, {j + 1.0, i + 1.0}, {double(j), i + 1.0}},
-                colors[static_cast<size_t>(i) * cols + j]);
+  c.Image(0, 0, cols, rows, cols, rows, colors);
 }
 
 void DrawWavefrontMap(const WavefrontResult& r, Canvas& c) {
