@@ -141,13 +141,13 @@ void DrawWavefrontMap(const WavefrontResult& r, Canvas& c) {
 void DrawColourBar(const WavefrontResult& r, Canvas& c) {
   c.Clear({255, 255, 255});
   if (!r.ok) return;
-  c.Window(-160, 0, 1440, 1);
+  c.Window(-280, 0, 1560, 1);
   for (int band = 0; band < 5; ++band)
     for (int v = 0; v < 256; ++v) {
       const double x = band * 256 + v;
       c.Polygon({{x, 0.05}, {x + 1, 0.05}, {x + 1, 0.6}, {x, 0.6}}, BandColor(band, v));
     }
-  c.Text(-150, 0.15, "VALLEY", {0, 0, 0});
+  c.Text(-270, 0.15, "VALLEY", {0, 0, 0});
   c.Text(1290, 0.15, "PEAK", {0, 0, 0});
   c.Text(0, 0.65, r.Label23, {0, 0, 0});
   c.Text(1280 * 0.333 - 60, 0.65, r.Label26, {0, 0, 0});
