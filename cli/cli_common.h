@@ -71,5 +71,6 @@ struct Command {
 std::vector<Command> DesignCommands();    // update, trace, resave, index, wavelengths
 std::vector<Command> AnalysisCommands();  // spot, autofocus, layout
 std::vector<Command> GeometricCommands();  // seidel, spherical, fieldcurv, rayfan
+std::vector<Command> WaveCommands();      // opd, wavefront, autofocus-opd, opdfan, versus
 
 }  // namespace ovrin::cli

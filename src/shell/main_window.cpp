@@ -24,6 +24,7 @@
 #include "shell/layout_window.h"
 #include "shell/geometric_windows.h"
 #include "shell/spot_window.h"
+#include "shell/wave_windows.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -72,6 +73,11 @@ void MainWindow::BuildWindows() {
   windows_["FrmRayFan"] = child([this] { return new RayFanWindow(*this); });
   windows_["FrmGuida"] = child([this] { return new HelpBook(this); });
   windows_["Frmlayout"] = child([this] { return new LayoutWindow(*this); });
+  windows_["FrmOPDfan"] = child([this] { return new OpdFanWindow(*this); });
+  windows_["FrmWFront"] = child([this] { return new WavefrontWindow(*this); });
+  for (VersusScan scan : {VersusScan::Field, VersusScan::Focus, VersusScan::Wavelength})
+    for (VersusMeasure m : {VersusMeasure::Strehl, VersusMeasure::Rms})
+      windows_[VersusWindowName(scan, m)] = child([this, scan, m] { return new VersusWindow(*this, scan, m); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
