@@ -35,6 +35,11 @@ const char* kStepThird =
 
 std::vector<KindSpec> BuildKinds() {
   std::vector<KindSpec> k;
+  auto with = [](std::vector<InputSpec> v, const char* key, const char* initial) {
+    for (InputSpec& i : v)
+      if (std::string_view(i.key) == key) i.initial = initial;
+    return v;
+  };
   k.push_back({Kind::Newtonian, "newtonian", "Frmnewton", "NEWTON Telescope - PREDESIGN", "NEWTON Calculation",
                {{"focal", "F (focal length)", "1000"},
                 {"diameter", "D1 (mirror diam.)", "200"},
@@ -72,7 +77,7 @@ std::vector<KindSpec> BuildKinds() {
                "COUDER Calculation",
                {{"diameter", "D1 (aperture)", "200"},
                 {"efl", "EFL (system focal length)", "1000"},
-                {"obstruction", "Max. linear obstruction %", "50"},
+                {"obstruction", "Max. linear obstruction %", "60"},
                 {"field", "Df (field diam. in mm)", "20"},
                 {"primary-radius", "Primary Curv.Radius", "-3000"}},
                {},
@@ -101,9 +106,11 @@ std::vector<KindSpec> BuildKinds() {
   k.push_back({Kind::Schmidt, "schmidt", "FrmSchmidt", "SCHMIDT Camera - PREDESIGN", "SCHMIDT Calculation",
                schmidt_inputs, {}, GlassUse::One, schmidt_help("Step 5 - Click on Schmidt Calculation")});
   k.push_back({Kind::Wright, "wright", "FrmWright", "Wright Camera (single mirror)", "Wright Calculation",
-               schmidt_inputs, {}, GlassUse::One, schmidt_help("Step 5 - Click on Wright Calculation")});
+               with(schmidt_inputs, "focal", "500"), {}, GlassUse::One, schmidt_help("Step 5 - Click on Wright Calculation")});
 
-  const std::vector<InputSpec> sct_inputs = WithCorrector(kTwoMirrorInputs);
+  const std::vector<InputSpec> sct_inputs = with(WithCorrector(kTwoMirrorInputs), "f1", "400");
+  const std::vector<InputSpec> baker_inputs = with(with(sct_inputs, "efl", "600"), "back-focus", "");
+  const std::vector<InputSpec> mono_inputs = with(with(sct_inputs, "efl", "1000"), "back-focus", "");
   auto sct_help = [](const char* step5) {
     return std::vector<const char*>{
         "Step 1 - Choose the catalogue and the glass of the corrector, or type its index (DIRECT)",
@@ -125,10 +132,10 @@ std::vector<KindSpec> BuildKinds() {
                "Conpact Schmidt-Cassegrain with  spherical mirrors", "Spherical S-C Calculation", sct_inputs, {},
                GlassUse::One, sct_help("Step 5 - Click on Spherical S-C Calculation")});
   k.push_back({Kind::Baker, "baker", "FrmBaker", "Flat-field Schmidt-Cassegrain  (Baker-Schmidt type) - PREDESIGN",
-               "Baker-Schmidt Calculation", sct_inputs, {}, GlassUse::One,
+               "Baker-Schmidt Calculation", baker_inputs, {}, GlassUse::One,
                sct_help("Step 5 - Click on Baker-Schmidt Calculation")});
   k.push_back({Kind::Monocentric, "monocentric", "FrmMonocentric", "Anastigmatic Monocentric  Schmidt-Cassegrain type",
-               "Monocentric Calculation", sct_inputs, {}, GlassUse::One,
+               "Monocentric Calculation", mono_inputs, {}, GlassUse::One,
                sct_help("Step 5 - Click on Monocentric Calculation")});
 
   const std::vector<InputSpec> mak_inputs = {
