@@ -78,9 +78,14 @@ Plan Newtonian(const Inputs& in) {
   p.beamSemi = D1 / 2;
   p.halfFieldDeg = Degrees(std::atan(Div(Df / 2, F)));
   p.system = "Newtonian " + FormatFixed(D1, 0) + " mm f/" + FormatFixed(ratio, 2) + " (pre-design)";
-  p.dims = {{"D1", true, F, F, D1 / 2},       {"D2", true, E, E, D2 / 2},
-            {"F1", false, 0, F, -D1 / 2 - 0.1 * D1}, {"Df", true, 0, 0, Df / 2},
-            {"Ls", false, 0, E, D1 / 2 + 0.1 * D1}};
+  // Drawn unfolded from the obstruction plane: the diagonal D2 / 2 behind it,
+  // the primary F - E further; the focal plane E above the diagonal.
+  const double zd = D2 / 2, zp = D2 / 2 + F - E;
+  p.dims = {{"D1", true, zp, zp, D1 / 2},
+            {"D2", true, zd, zd, D2 / 2},
+            {"F - E", false, zd, zp, -D1 / 2 - 0.1 * D1},
+            {"Df", false, zd - Df / 2, zd + Df / 2, E},
+            {"E", true, zd, zd, E}};
   return p;
 }
 

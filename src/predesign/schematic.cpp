@@ -77,7 +77,12 @@ void DrawSchematic(const Plan& p, Canvas& c, double width, double height) {
   zmin -= lead;
   zmax += 0.08 * (zmax - zmin);
   ymax *= 1.25;
-  if (folded) ymax = std::max(ymax, p.dims.size() > 4 ? p.dims[4].z2 * 1.3 : ymax);
+  double fold_e = 0, fold_half = 0;
+  for (const Dimension& d : p.dims) {
+    if (d.label == "E") fold_e = d.y;
+    if (d.label == "Df") fold_half = (d.z2 - d.z1) / 2;
+  }
+  if (folded) ymax = std::max(ymax, fold_e * 1.3);
   // Equal scales on both axes.
   double w = zmax - zmin, h = 2 * ymax;
   if (w / h < width / height) {
@@ -100,6 +105,8 @@ void DrawSchematic(const Plan& p, Canvas& c, double width, double height) {
     a.insert(a.end(), b.begin(), b.end());
     c.Polygon(a, kGlass);
   }
+  // A polygon leaves its fill behind on some canvases; an empty circle clears it.
+  c.Circle(zmin, 0, 0, {255, 255, 255});
   // The marginal rays.
   const double z_start = zmin + lead * 0.3;
   for (double sgn : {1.0, -1.0}) {
@@ -118,9 +125,8 @@ void DrawSchematic(const Plan& p, Canvas& c, double width, double height) {
       // The diagonal at 45 degrees sends the cone up to the focal plane.
       const double half = p.rows[0].semi;
       c.Line(z[i] - half, -half, z[i] + half, half, kInk, 3);
-      const double e = p.dims.size() > 4 ? p.dims[4].z2 : 0.0;
-      for (double sgn : {1.0, -1.0}) c.Line(z[i] + sgn * ys.back(), sgn * ys.back(), z[i], e, kRay, 1);
-      c.Line(z[i] - 0.05 * w, e, z[i] + 0.05 * w, e, kDim, 1);
+      for (double sgn : {1.0, -1.0}) c.Line(z[i] + sgn * ys.back(), sgn * ys.back(), z[i], fold_e, kRay, 1);
+      c.Line(z[i] - std::max(fold_half, 0.01 * w), fold_e, z[i] + std::max(fold_half, 0.01 * w), fold_e, kInk, 2);
       continue;
     }
     const bool last_image = i + 1 == p.rows.size() && r.radius == 0;
@@ -129,13 +135,17 @@ void DrawSchematic(const Plan& p, Canvas& c, double width, double height) {
   // The dimensions.
   const double tick = 0.015 * (zmax - zmin);
   for (const Dimension& d : p.dims) {
-    if (d.vertical) {
+    if (folded && d.label == "E") {
+      // From the axis up to the focal plane, beside the diagonal.
+      const double zl = d.z1 + 0.04 * (zmax - zmin);
+      c.Line(zl, 0, zl, d.y, kDim, 1);
+      c.Line(zl - tick, d.y, zl + tick, d.y, kDim, 1);
+      c.Text(zl + tick, d.y * 0.6, d.label, kDim);
+    } else if (d.vertical) {
       c.Line(d.z1, -d.y, d.z1, d.y, kDim, 1);
       c.Line(d.z1 - tick, d.y, d.z1 + tick, d.y, kDim, 1);
       c.Line(d.z1 - tick, -d.y, d.z1 + tick, -d.y, kDim, 1);
       c.Text(d.z1 + tick, d.y * 0.5, d.label, kDim);
-    } else if (folded && d.label == "Ls") {
-      c.Text(z.back() + tick, d.z2 * 0.6, "E", kDim);
     } else {
       c.Line(d.z1, d.y, d.z2, d.y, kDim, 1);
       c.Line(d.z1, d.y - tick, d.z1, d.y + tick, kDim, 1);

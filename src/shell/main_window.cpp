@@ -22,6 +22,7 @@
 #include "shell/design_window.h"
 #include "shell/dialogs.h"
 #include "shell/layout_window.h"
+#include "shell/predesign_windows.h"
 #include "shell/spot_window.h"
 #include "shell/widgets_util.h"
 
@@ -67,6 +68,9 @@ void MainWindow::BuildWindows() {
   windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
   windows_["FrmGuida"] = child([this] { return new HelpBook(this); });
   windows_["Frmlayout"] = child([this] { return new LayoutWindow(*this); });
+  windows_["FrmTelDes"] = child([this] { return new TelescopeChooser(*this); });
+  for (const predesign::KindSpec& k : predesign::Kinds())
+    windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -367,7 +371,7 @@ void MainWindow::BuildToolbar() {
     } else {
       const QString w = k.window;
       connect(a, &QAction::triggered, this, [this, w] { OpenWindow(w); });
-      commands_.push_back({a, w, true});
+      commands_.push_back({a, w, key != "TelDes"});
     }
     if (auto* b = qobject_cast<QToolButton*>(toolbar_->widgetForAction(a))) b->setObjectName(a->objectName());
   }
