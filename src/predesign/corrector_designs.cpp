@@ -215,9 +215,13 @@ Plan SchmidtCassegrain(const Inputs& in, Kind kind) {
   } else if (kind == Kind::Baker) {
     free = {PlateA4, PrimaryK, SecondaryK};
   }
+  // The plate's own curvature (its neutral zone) takes part in the sums; it
+  // follows the aspheric term it is solved with, so the two settle together.
+  const double rn = 0.866 * D1 / 2;
+  double plate_c = 0;
   auto solve = [&](double lc, std::vector<double>& x) {
     const std::vector<SeidelSurface> s = {
-        {0, t, n, 0}, {0, lc, 1, 0}, {Div(1, R1), -d, -1, 0}, {Div(1, R2), d + b, 1, 0}};
+        {0, t, n, 0}, {plate_c, lc, 1, 0}, {Div(1, R1), -d, -1, 0}, {Div(1, R2), d + b, 1, 0}};
     const SeidelSums base = Seidel(s, 0);
     auto unit = [&](Free f, int row) {
       switch (f) {
@@ -242,7 +246,8 @@ Plan SchmidtCassegrain(const Inputs& in, Kind kind) {
   };
 
   double lc = d;  // the corrector carries the secondary
-  if (kind == Kind::Monocentric) lc = 2 * F1;
+  // The monocentric corrector has its front, the stop, at the common centre.
+  if (kind == Kind::Monocentric) lc = 2 * F1 - t;
   std::vector<double> x;
   if (kind == Kind::SchmidtCassegrainSpherical) {
     // Spherical mirrors: the corrector's place is the one free of coma.
@@ -273,35 +278,38 @@ Plan SchmidtCassegrain(const Inputs& in, Kind kind) {
     if (!found) throw Refusal("No coma-free corrector position for these inputs");
     lc = RoundTo((lo + hi) / 2, 3);
   }
-  solve(lc, x);
+  if (lc < d) throw Refusal("The corrector would stand behind the secondary");
+  TakeGlass(p, in, index);
+  p.beamSemi = D1 / 2;
   Plate plate;
   double K1 = 0, K2 = 0;
-  for (std::size_t i = 0; i < free.size(); ++i) {
-    if (free[i] == PlateA4) plate.a4 = x[i];
-    if (free[i] == PrimaryK) K1 = RoundTo(x[i], 4);
-    if (free[i] == SecondaryK) K2 = RoundTo(x[i], 4);
+  // The conics are solved with the plate's curvature as it comes out of the
+  // real-ray finish; two rounds settle them.
+  for (int round = 0; round < 3; ++round) {
+    solve(lc, x);
+    for (std::size_t i = 0; i < free.size(); ++i) {
+      if (free[i] == PlateA4 && round == 0) plate.a4 = x[i];
+      if (free[i] == PrimaryK) K1 = RoundTo(x[i], 4);
+      if (free[i] == SecondaryK) K2 = RoundTo(x[i], 4);
+    }
+    plate.NeutralAt(rn);
+    // The corrector's back surface lies lc in front of the primary; the
+    // secondary is d in front of it, its obstruction drawn where it stands.
+    p.rows = {
+        {D1 / 2, 0, t, Row::Glass, kSphere},
+        {D1 / 2, plate.Radius(), lc - d, Row::AirPosit, kHighOrder, -1, plate.a4, plate.a6},
+        {Ds / 2, 0, d, Row::AirPosit, kObsScreen},
+        {D1 / 2 + Df / 4, R1, -d, Row::AirNegat, K1 == 0 ? kSphere : kConic, K1},
+        {Ds / 2, R2, d + b, Row::AirPosit, K2 == 0 ? kSphere : kConic, K2},
+        {Df / 2 > 0 ? Df / 2 : 1, 0, 0, Row::AirPosit, kSphere},
+    };
+    FinishPlate(p, plate, 1, rn);
+    plate_c = 2 * plate.a2;
   }
-  const double rn = 0.866 * D1 / 2;
-  plate.NeutralAt(rn);
   Show(p, "Corrector-Primary dist.", lc, 3);
   p.results.push_back({"Primary conic", "Primary conic", FormatFixed(K1, 4)});
   p.results.push_back({"Secondary conic", "Secondary conic", FormatFixed(K2, 4)});
   Extra(p, "Secondary spacing for 1/4 wave", SpacingTolerance(m, N, kLineE / 1000.0), 4, " mm");
-
-  TakeGlass(p, in, index);
-  // The corrector's back surface lies lc in front of the primary; the
-  // secondary is d in front of it, its obstruction drawn where it stands.
-  p.rows = {
-      {D1 / 2, 0, t, Row::Glass, kSphere},
-      {D1 / 2, plate.Radius(), lc - d, Row::AirPosit, kHighOrder, -1, plate.a4, plate.a6},
-      {Ds / 2, 0, d, Row::AirPosit, kObsScreen},
-      {D1 / 2 + Df / 4, R1, -d, Row::AirNegat, K1 == 0 ? kSphere : kConic, K1},
-      {Ds / 2, R2, d + b, Row::AirPosit, K2 == 0 ? kSphere : kConic, K2},
-      {Df / 2 > 0 ? Df / 2 : 1, 0, 0, Row::AirPosit, kSphere},
-  };
-  if (lc < d) throw Refusal("The corrector would stand behind the secondary");
-  p.beamSemi = D1 / 2;
-  FinishPlate(p, plate, 1, rn);
   ShowPlate(p, plate, rn, D1 / 2);
   p.halfFieldDeg = Degrees(std::atan(Div(Df / 2, EFL)));
   const char* names[] = {"Schmidt-Cassegrain", "Schmidt-Cassegrain (spherical mirrors)", "Baker-Schmidt",

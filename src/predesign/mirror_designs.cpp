@@ -171,63 +171,14 @@ Plan Couder(const Inputs& in) {
   const double F1 = Div(-R1, 2);
   if (D1 <= 0 || EFL <= 0 || F1 <= 0) throw Fault();
 
-  // With the aplanatic conics of the Ritchey-Chretien pair, the separation that
-  // also removes the astigmatism (stop on the primary). Both signs of the
-  // secondary magnification are tried; the root with the least obstruction wins.
-  struct Candidate {
-    double m, d, b, obstruction;
-  };
-  std::vector<Candidate> found;
-  for (double m : {EFL / F1, -EFL / F1}) {
-    auto astig = [&](double d) {
-      const double b = F1 * m - d * (m + 1);
-      const double c2 = -(b + d) / (m - 1);
-      const std::vector<SeidelSurface> s = {{Div(1, R1), -d, -1, 0}, {Div(1, 2 * c2), d + b, 1, 0}};
-      SeidelSums base = Seidel(s, 0);
-      const auto k = SolveLinear({{base.unit[0][0], base.unit[1][0]}, {base.unit[0][1], base.unit[1][1]}},
-                                 {-base.S[0], -base.S[1]});
-      return base.S[2] + k[0] * base.unit[0][2] + k[1] * base.unit[1][2];
-    };
-    const int steps = 4000;
-    double prev_d = 0, prev = 0;
-    for (int i = 1; i <= steps; ++i) {
-      const double dd = F1 * 4.0 * i / steps;
-      if (std::fabs(m - 1) < 1e-9 || std::fabs(dd * (m + 1) - F1 * m) < 1e-9) continue;
-      double a = 0;
-      try {
-        a = astig(dd);
-      } catch (const Fault&) {
-        prev = 0;
-        continue;
-      }
-      if (prev != 0 && ((a < 0) != (prev < 0))) {
-        double lo = prev_d, hi = dd, flo = prev;
-        for (int j = 0; j < 80; ++j) {
-          const double mid = (lo + hi) / 2;
-          const double fm = astig(mid);
-          if ((fm < 0) == (flo < 0)) {
-            lo = mid;
-            flo = fm;
-          } else {
-            hi = mid;
-          }
-        }
-        const double d = (lo + hi) / 2;
-        const double b = F1 * m - d * (m + 1);
-        const double Ds = std::fabs((b + d) * D1 / (m * F1)) + std::fabs(d * Df / (m * F1));
-        found.push_back({m, d, b, 100 * Ds / D1});
-      }
-      prev = a;
-      prev_d = dd;
-    }
-  }
-  if (found.empty()) throw Refusal("No anastigmatic solution for these inputs");
-  Candidate best = found.front();
-  for (const Candidate& c : found)
-    if (c.obstruction < best.obstruction) best = c;
-  const double m = best.m;
-  const double d = RoundTo(best.d, 3);
-  const double b = best.b;
+  // With the aplanatic conics of the Ritchey-Chretien pair, the astigmatism
+  // (stop on the primary) vanishes when the mirrors stand twice the system's
+  // focal length apart. The image is real only with a primary slower than
+  // that: then both mirrors are concave and the image lies between them.
+  const double m = Div(EFL, F1);
+  if (F1 <= 2 * EFL) throw Refusal("The primary focal length must exceed twice the EFL (anastigmatic separation 2 EFL)");
+  const double d = RoundTo(2 * EFL, 3);
+  const double b = F1 * m - d * (m + 1);
   const double c2 = RoundTo(-(b + d) / (m - 1), 3);
   const double R2 = 2 * c2;
   Show(p, "Secondary Curv.Radius", R2, 3);

@@ -79,7 +79,7 @@ std::vector<KindSpec> BuildKinds() {
                 {"efl", "EFL (system focal length)", "1000"},
                 {"obstruction", "Max. linear obstruction %", "60"},
                 {"field", "Df (field diam. in mm)", "20"},
-                {"primary-radius", "Primary Curv.Radius", "-3000"}},
+                {"primary-radius", "Primary Curv.Radius", "-4500"}},
                {},
                GlassUse::None,
                {"Step 1 - Type the aperture, the focal length, the largest obstruction you accept, the field "

@@ -56,7 +56,7 @@ std::vector<Case> Cases() {
   c.push_back({"gregory_spherical_primary", Kind::Gregorian, kCass, "spherical-primary", 0, {}, 1.45});
   c.push_back({"gregory_spherical_secondary", Kind::Gregorian, kCass, "spherical-secondary"});
   c.push_back({"couder", Kind::Couder,
-               {{"diameter", "200"}, {"efl", "1000"}, {"obstruction", "60"}, {"field", "20"}, {"primary-radius", "-3000"}}, ""});
+               {{"diameter", "200"}, {"efl", "1000"}, {"obstruction", "60"}, {"field", "20"}, {"primary-radius", "-4500"}}, ""});
   const std::map<std::string, std::string> schmidt = {
       {"focal", "800"}, {"corrector-diameter", "200"}, {"field", "40"}, {"neutral-zone", "0.866"}, {"thickness", "10"}};
   c.push_back({"schmidt", Kind::Schmidt, schmidt, "", 0, Bk7()});

@@ -181,6 +181,32 @@ TEST(Frame, RerunningOverwritesEditedRows) {
   EXPECT_EQ(w.d.TiltAInput[2], 0);
 }
 
+TEST(Couder, AnastigmaticAtTwiceTheFocalLengthWithARealImage) {
+  const std::map<std::string, std::string> in = {
+      {"diameter", "200"}, {"efl", "1000"}, {"obstruction", "60"}, {"field", "20"}, {"primary-radius", "-4500"}};
+  const Outcome o = Calc(Kind::Couder, in);
+  ASSERT_TRUE(o.ok) << o.error;
+  EXPECT_EQ(*o.plan.Find("S (primary-sec.  dist.)"), "2000.000");
+  // Aplanatic and anastigmatic to third order: S1, S2 and S3 vanish beside
+  // the field curvature S4 (the conics are shown, and written, to 4 decimals).
+  const detail::SeidelSums z = detail::SeidelOf(o.plan);
+  for (int i = 0; i < 3; ++i) EXPECT_LT(std::fabs(z.S[i]), 1e-3 * std::fabs(z.S[3])) << "S" << i + 1;
+  // Both mirrors concave, the image between them, in front of the secondary.
+  EXPECT_GT(Number(o.plan, "Secondary Curv.Radius"), 0);
+  Written w = Write(o.plan);
+  ASSERT_TRUE(w.ok);
+  EXPECT_GT(w.d.Thickness[3] + w.d.Bfl, 0);
+  EXPECT_NEAR(std::fabs(w.d.Efl), 1000, 0.5);
+  // A primary faster than twice the focal length gives no real image; a
+  // larger obstruction than allowed is refused.
+  auto fast = in;
+  fast["primary-radius"] = "-3000";
+  EXPECT_FALSE(Calc(Kind::Couder, fast).ok);
+  auto tight = in;
+  tight["obstruction"] = "20";
+  EXPECT_FALSE(Calc(Kind::Couder, tight).ok);
+}
+
 GlassChoice Direct(const char* n) {
   GlassChoice g;
   g.indexText = {n};
@@ -242,6 +268,33 @@ TEST(Schmidt, PlateHasNoPowerAtTheNeutralZoneAndTheRowsTheirTypes) {
   }
   EXPECT_EQ(p.profile.front().second, 0);
   EXPECT_NEAR(deepest_r, 90, 10.1);
+}
+
+TEST(CorrectorFamilies, WhatEachTitlePromises) {
+  GlassChoice n;
+  n.indexText = {"1.5168"};
+  // Wright: the corrector in the focal plane, the mirror the oblate spheroid
+  // K = 1, and the medial image surface flat.
+  const Plan wright = Calc(Kind::Wright, {{"focal", "500"}}, "", n).plan;
+  EXPECT_EQ(*wright.Find("Corrector-Mirror dist."), "500.0000");
+  EXPECT_EQ(wright.rows[2].conic, 1);
+  EXPECT_GT(std::fabs(Number(wright, "Field radius (medial image surface)")), 50 * 500);
+  // Baker: equal mirror radii (no Petzval curvature) and no astigmatism, so a flat field.
+  const Plan baker = Calc(Kind::Baker, {}, "", n).plan;
+  EXPECT_NEAR(baker.rows[3].radius, baker.rows[4].radius, 0.01);
+  EXPECT_GT(std::fabs(Number(baker, "Field radius (medial image surface)")), 20 * 600);
+  // Monocentric: both centres of curvature on the corrector's front (the stop), 2 F1
+  // in front of the primary.
+  const Plan mono = Calc(Kind::Monocentric, {}, "", n).plan;
+  const double zp = mono.rows[0].thickness + mono.rows[1].thickness + mono.rows[2].thickness;
+  const double zs = zp + mono.rows[3].thickness;
+  EXPECT_NEAR(zp + mono.rows[3].radius, 0, 0.01);
+  EXPECT_NEAR(zs + mono.rows[4].radius, 0, 0.01);
+  EXPECT_EQ(mono.rows[3].type, kSphere);
+  EXPECT_EQ(mono.rows[4].type, kSphere);
+  // The spherical-mirror Schmidt-Cassegrain puts its corrector where the coma vanishes.
+  const Plan sph = Calc(Kind::SchmidtCassegrainSpherical, {}, "", n).plan;
+  EXPECT_LT(std::fabs(detail::SeidelOf(sph).S[1]), 1e-3 * std::fabs(detail::SeidelOf(sph).S[3]));
 }
 
 TEST(Maksutov, ShapeRadiiAndThreeWavelengths) {
