@@ -75,6 +75,7 @@ Plan Couder(const Inputs& in);
 Plan Schmidt(const Inputs& in, bool wright);
 Plan SchmidtCassegrain(const Inputs& in, Kind kind);
 Plan Maksutov(const Inputs& in);
+Plan MaksutovCassegrain(const Inputs& in);
 
 // The spacing of the secondary that moves the focus by a quarter wave of
 // defocus, for a secondary of magnification m in a beam of f-ratio N.

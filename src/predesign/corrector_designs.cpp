@@ -385,3 +385,149 @@ Plan Maksutov(const Inputs& in) {
 }
 
 }  // namespace ovrin::predesign::detail
+
+namespace ovrin::predesign::detail {
+
+namespace {
+
+// The near-axis focus behind the last row at the corrector's index k.
+double ParaxialFocus(const Plan& p, std::size_t k) {
+  double y = p.beamSemi, u = 0, n = 1;
+  for (std::size_t i = 0; i < p.rows.size(); ++i) {
+    const Row& r = p.rows[i];
+    double n1 = r.medium == Row::Glass ? p.index[k] : 1.0;
+    if (r.medium == Row::AirNegat) n1 = -1;
+    const double c = r.radius == 0 ? 0.0 : Div(1, r.radius);
+    u = Div(n * u - y * c * (n1 - n), n1);
+    if (i + 1 < p.rows.size()) y += u * r.thickness;
+    n = n1;
+  }
+  return -Div(y, u);
+}
+
+}  // namespace
+
+// The Maksutov-Cassegrain: the secondary is an aluminised spot on the
+// meniscus' back surface. Four numbers, the meniscus' radii and thickness and
+// its distance from the primary, are found together so that the system has the
+// focal length and the back focus asked for, the ray of the 0.85 zone meets
+// the near-axis focus (the balance of the third and higher orders that gives
+// the smallest spot), and the F and C foci coincide. The start is the Cassegrain
+// of the same inputs with a meniscus of the camera's shape.
+Plan MaksutovCassegrain(const Inputs& in) {
+  const Boxes box(in);
+  Plan p;
+  const std::vector<double> index = CorrectorIndices(in.glass);
+  const double n = index.front();
+  const double EFL = box("efl");
+  const double F1 = std::fabs(box("f1")) > 0 ? std::fabs(box("f1")) : std::fabs(box("focal"));
+  const double D = box("diameter");
+  const double DC = box("corrector-diameter");
+  const double Df = box("field");
+  const double b = box("back-focus");
+  if (n <= 1 || F1 <= 0 || D <= 0 || DC <= 0 || EFL <= 0) throw Fault();
+  const double m = Div(EFL, F1);
+  const double d0 = Div(F1 * m - b, m + 1);
+  if (d0 <= 0 || m <= 1) throw Fault();
+  const double R3 = -2 * F1;
+  TakeGlass(p, in, index);
+  if (index.size() < 3) p.index = {n, n, n};
+  p.beamSemi = DC / 2;
+  const double Ds = Div((b + d0) * D, EFL) + Div(d0 * Df, EFL);
+
+  auto build = [&](const double x[4]) {
+    const double R1 = x[0], R2 = x[1], tc = x[2], d = x[3];
+    p.rows = {
+        {DC / 2, R1, tc, Row::Glass, kSphere},
+        {DC / 2, R2, 0, Row::AirPosit, kSphere},
+        {Ds / 2, 0, d, Row::AirPosit, kObsScreen},
+        {D / 2, R3, -d, Row::AirNegat, kSphere},
+        {Ds / 2, R2, d + b, Row::AirPosit, kSphere},
+        {Df / 2 > 0 ? Df / 2 : 1, 0, 0, Row::AirPosit, kSphere},
+    };
+  };
+  auto residual = [&](const double x[4], double r[4]) {
+    if (x[2] <= 0 || x[3] <= 0 || x[0] >= 0 || x[1] >= 0) throw Fault();
+    build(x);
+    DesignState ds;
+    DesignSheet sheet;
+    CatalogueMedia media;
+    if (WriteDesign(p, ds, sheet, media)) throw Fault();
+    Tracer t(ds);
+    SurfaceLoopPolicy policy;
+    policy.testAperture = false;
+    try {
+      t.TraceRay(0, 0.85 * p.beamSemi, policy, ds.Bfl);
+    } catch (const TraceError&) {
+      throw Fault();
+    }
+    r[0] = (std::fabs(ds.Efl) - EFL) / EFL;
+    r[1] = ds.Bfl / EFL;
+    r[2] = t.RayY / DC;
+    r[3] = (ParaxialFocus(p, 1) - ParaxialFocus(p, 2)) / EFL;
+  };
+  const double R2_0 = -2 * (b + d0) / (m - 1);
+  double x[4] = {R2_0 * 0.95, R2_0, 0, d0};
+  x[2] = (std::fabs(x[1]) - std::fabs(x[0])) * Div(n * n, n * n - 1);
+  double r[4];
+  residual(x, r);
+  for (int iter = 0; iter < 40; ++iter) {
+    double worst = 0;
+    for (double v : r) worst = std::max(worst, std::fabs(v));
+    if (worst < 1e-11) break;
+    std::vector<std::vector<double>> J(4, std::vector<double>(4));
+    for (int j = 0; j < 4; ++j) {
+      double xs[4] = {x[0], x[1], x[2], x[3]};
+      const double h = 1e-6 * std::max(1.0, std::fabs(x[j]));
+      xs[j] += h;
+      double rs[4];
+      residual(xs, rs);
+      for (int i = 0; i < 4; ++i) J[i][j] = (rs[i] - r[i]) / h;
+    }
+    const std::vector<double> step = SolveLinear(J, {-r[0], -r[1], -r[2], -r[3]});
+    // Halve the step until the residual falls.
+    double scale = 1;
+    for (int tries = 0; tries < 20; ++tries, scale /= 2) {
+      double xn[4], rn[4];
+      for (int j = 0; j < 4; ++j) xn[j] = x[j] + scale * step[j];
+      try {
+        residual(xn, rn);
+      } catch (const Fault&) {
+        continue;
+      }
+      double before = 0, after = 0;
+      for (int i = 0; i < 4; ++i) before += r[i] * r[i], after += rn[i] * rn[i];
+      if (after < before) {
+        std::copy(xn, xn + 4, x);
+        std::copy(rn, rn + 4, r);
+        break;
+      }
+    }
+  }
+  double worst = 0;
+  for (double v : r) worst = std::max(worst, std::fabs(v));
+  if (worst > 1e-6) throw Refusal("No corrected meniscus for these inputs");
+  x[0] = RoundTo(x[0], 3);
+  x[1] = RoundTo(x[1], 3);
+  x[2] = RoundTo(x[2], 3);
+  x[3] = RoundTo(x[3], 3);
+  build(x);
+  Show(p, "Aperture-Ratio ", Div(EFL, DC), 2);
+  p.results.push_back({"Label22", "Meniscus  Rad. 1", FormatFixed(x[0], 3)});
+  p.results.push_back({"Label25", "Meniscus  Rad. 2 (spot secondary)", FormatFixed(x[1], 3)});
+  Show(p, "Label42", R3, 3, "Mirror Rad.");
+  Show(p, "Label27", x[2], 3, "Corrector thickness");
+  Show(p, "Label21", DC + Div(x[3] * Df, F1), 2, "Mirror diam. for full field");
+  Show(p, "d, mirror separation", x[3], 3, "DP (corr. dist. = mirror separation)");
+  Show(p, "Ds, spot diameter", Ds, 2);
+  Show(p, "obstruction %", Div(100 * Ds, D), 2);
+  Extra(p, "Secondary spacing for 1/4 wave", SpacingTolerance(m, Div(EFL, DC), kLineE / 1000.0), 4, " mm");
+  p.system = "Maksutov-Cassegrain " + FormatFixed(DC, 0) + " mm f/" + FormatFixed(Div(EFL, DC), 2) + " (pre-design)";
+  p.halfFieldDeg = std::atan(Div(Df / 2, EFL)) * 180 / 3.14159265358979;
+  const double tc = x[2], d = x[3];
+  p.dims = {{"DC", true, 0, 0, DC / 2}, {"D1", true, tc + d, tc + d, D / 2}, {"DP", false, tc, tc + d, D / 2 + 0.1 * D},
+            {"Ds", true, tc, tc, Ds / 2}, {"BFL", false, tc + d, tc + 2 * d + b, -D / 2 - 0.1 * D}};
+  return p;
+}
+
+}  // namespace ovrin::predesign::detail

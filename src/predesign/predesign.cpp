@@ -154,6 +154,26 @@ std::vector<KindSpec> BuildKinds() {
       "Step 6 - Then Click the OK button for  analyzing"};
   k.push_back({Kind::Maksutov, "maksutov", "FrmMak", "Maksutov Camera (single mirror) - PREDESIGN",
                "MAKSUTOV Calculation", mak_inputs, {}, GlassUse::Three, mak_help});
+  std::vector<InputSpec> mc_inputs = {
+      {"focal", "F1 (mirror focal Len.; empty: F1 below)", ""},
+      {"diameter", "D1 (mirr.diam.)", "160"},
+      {"corrector-diameter", "DC (corr.diam.)", "150"},
+      {"corrector-distance", "DP (corr. dist.; found with the meniscus)", ""},
+      {"field", "Df (field diam.in mm.)", "10"},
+      {"efl", "EFL (system focal length)", "1800"},
+      {"f1", "F1 (primary focal length)", "450"},
+      {"back-focus", "BFL (focus behind primary)", "150"},
+  };
+  k.push_back({Kind::MaksutovCassegrain, "maksutov-cassegrain", "FrmMakCass",
+               "Maksutov-Cassegrain (spot secondary) - PREDESIGN", "MAKSUTOV-CASS. Calculation", mc_inputs, {},
+               GlassUse::Three,
+               {"Step 1 - Choose the catalogue and the glass of the meniscus, or type its three indices",
+                "Step 2 - Choose the three wavelengths (e, F, C unless changed)",
+                "Step 3 - Type the mirror diameter, the corrector diameter, the field, the system and primary "
+                "focal lengths and the back focus",
+                "Step 4 - Click on Maksutov-Cass. Calculation: the meniscus, its spot secondary and its distance "
+                "are found together",
+                "Step 5 - Then Click the OK button for  analyzing"}});
   return k;
 }
 
@@ -258,6 +278,7 @@ Outcome Calculate(Kind k, const Inputs& in) {
       case Kind::Baker:
       case Kind::Monocentric: o.plan = SchmidtCassegrain(in, k); break;
       case Kind::Maksutov: o.plan = Maksutov(in); break;
+      case Kind::MaksutovCassegrain: o.plan = MaksutovCassegrain(in); break;
     }
     Extra(o.plan, "Field radius (medial image surface)", MedialFieldRadius(o.plan), 1, " mm");
     for (const Row& r : o.plan.rows) {

@@ -30,6 +30,7 @@ enum class Kind {
   Baker,
   Monocentric,
   Maksutov,
+  MaksutovCassegrain,
 };
 
 // One input box: the key (the command line's option without "--"), the

@@ -98,7 +98,7 @@ TelescopeChooser::TelescopeChooser(MainWindow& main) : main_(main) {
         {Kind::SchmidtCassegrain, "Compact, aspheric mirrors"},
         {Kind::Baker, "Baker (flat field)"},
         {Kind::Monocentric, "Monocentric"}}},
-      {"Meniscus", {{Kind::Maksutov, "Maksutov camera"}}},
+      {"Meniscus", {{Kind::Maksutov, "Maksutov camera"}, {Kind::MaksutovCassegrain, "Maksutov-Cassegrain"}}},
   };
   auto* row = new QGridLayout;
   std::vector<std::pair<QRadioButton*, QString>> options;
@@ -273,11 +273,11 @@ PredesignWindow::PredesignWindow(MainWindow& main, predesign::Kind kind)
     pl->addWidget(profile_);
     middle->addWidget(pg);
   }
-  if (kind == predesign::Kind::Maksutov) {
-    auto* sg = new QGroupBox("Correction by hand", this);
+  if (spec_.glass == GlassUse::Three) {
+    auto* sg = new QGroupBox(kind == predesign::Kind::Maksutov ? "Correction by hand" : "Figures", this);
     auto* sl = new QGridLayout(sg);
     const char* names[] = {"Radii factor", "Thickness", "Corrector distance", "Mirror radius"};
-    for (int k = 0; k < 4; ++k) {
+    for (int k = 0; k < (kind == predesign::Kind::Maksutov ? 4 : 0); ++k) {
       auto* s = new QScrollBar(Qt::Horizontal, sg);
       s->setObjectName(QString("HScroll%1").arg(k + 1));
       s->setRange(k == 0 ? 9000 : 8000, k == 0 ? 10500 : 12000);

@@ -24,7 +24,8 @@ set(kinds
   "schmidt-cassegrain-spherical ${glass} --f1 400"
   "baker ${glass} --efl 600 --f1 400"
   "monocentric ${glass} --efl 1000 --f1 400"
-  "maksutov ${glass}")
+  "maksutov ${glass}"
+  "maksutov-cassegrain ${glass}")
 set(i 0)
 foreach(spec ${kinds})
   separate_arguments(args UNIX_COMMAND "${spec}")

@@ -79,6 +79,10 @@ std::vector<Case> Cases() {
                {{"focal", "1000"}, {"diameter", "110"}, {"corrector-diameter", "100"},
                 {"corrector-distance", "400"}, {"field", "10"}},
                "", 0, Bk7Three()});
+  c.push_back({"maksutov_cassegrain", Kind::MaksutovCassegrain,
+               {{"diameter", "160"}, {"corrector-diameter", "150"}, {"field", "10"}, {"efl", "1800"},
+                {"f1", "450"}, {"back-focus", "150"}},
+               "", 0, Bk7Three()});
   return c;
 }
 
