@@ -63,10 +63,8 @@ Runner Spot(CLI::App& c) {
   return [o] {
     const auto s = LoadDesign(o->in);
     const SpotSettings set = Settings(*s, *o);
-    SpotDiagram spot;
-    RecordingCanvas plot;
-    const std::string error = spot.Draw(s->design, set, &plot);
-    if (!error.empty()) throw CliFailure(error);
+    const SpotResult spot = ComputeSpot(s->design, set);
+    if (!spot.error.empty()) throw CliFailure(spot.error);
 
     nlohmann::json j;
     auto number = [&](double v) { return spot.drawn ? nlohmann::json(v) : nlohmann::json(nullptr); };
@@ -90,7 +88,11 @@ Runner Spot(CLI::App& c) {
           pts.push_back({spot.SpotDX[i], spot.SpotDY[i], static_cast<int>(spot.SpotWl[i])});
       j["points"] = pts;
     }
-    o->picture.Write(plot, 760, 536, j);
+    if (o->picture.wanted()) {
+      RecordingCanvas plot;
+      DrawSpot(spot, set, plot);
+      o->picture.Write(plot, 760, 536, j);
+    }
     return j;
   };
 }

@@ -1,5 +1,6 @@
 # Turns the glass catalogue tables (data/glass/*.csv) into a C++ source with the
 # rows compiled in. Run at build time: -DDATA_DIR=... -DOUTPUT=...
+cmake_policy(SET CMP0007 NEW)  # keep empty list elements (empty cells) without a warning
 set(catalogues schott ohara corning hoya lzos special chengdu)
 set(out "// Generated from data/glass/*.csv at build time. Do not edit.\n")
 string(APPEND out "#include \"glass/glass_catalogue.h\"\n\n#include <limits>\n\nnamespace ovrin::glass_data {\n\n")

@@ -5,56 +5,27 @@
 #include <utility>
 
 #include "core/number_text.h"
+#include "core/optics_math.h"
 
 namespace ovrin {
 
 namespace {
 
-constexpr double kDegree = 3.14159265358979 / 180.0;
-
-// The seven glass name tables, one per catalogue.
-std::array<NameTable*, 7> NameTables(DesignState& d) {
-  return {&d.GlassSchott, &d.GlassOhara, &d.GlassCorning, &d.GlassHoya, &d.GlassLzos, &d.GlassSpecial, &d.GlassChengdu};
-}
-
 // Every surface table entry of surface `from` copied to `to`.
 void CopySurface(DesignState& d, int from, int to) {
-  d.SemiDiam[to] = d.SemiDiam[from];
-  d.Radius[to] = d.Radius[from];
-  d.Thickness[to] = d.Thickness[from];
-  for (int k = 1; k <= 6; ++k) d.IndexWl[k][to] = d.IndexWl[k][from];
-  d.MediumCode[to] = d.MediumCode[from];
-  for (NameTable* t : NameTables(d)) (*t)[to] = (*t)[from];
-  d.SurfType[to] = d.SurfType[from];
-  d.Conic[to] = d.Conic[from];
-  d.AsphA2[to] = d.AsphA2[from];
-  d.AsphA4[to] = d.AsphA4[from];
-  d.AsphA6[to] = d.AsphA6[from];
-  d.AsphA8[to] = d.AsphA8[from];
+  ForEachSurfaceColumn(d, [=](auto& column) { column[to] = column[from]; });
 }
 
 void ClearSurface(DesignState& d, int i) {
-  d.SemiDiam[i] = d.Radius[i] = d.Thickness[i] = 0;
-  for (int k = 1; k <= 6; ++k) d.IndexWl[k][i] = 0;
-  d.MediumCode[i] = 0;
-  for (NameTable* t : NameTables(d)) (*t)[i].clear();
-  d.SurfType[i] = 0;
-  d.Conic[i] = d.AsphA2[i] = d.AsphA4[i] = d.AsphA6[i] = d.AsphA8[i] = 0;
+  ForEachSurfaceColumn(d, [=](auto& column) { column[i] = {}; });
 }
 
 void CopyTilt(DesignState& d, int from, int to) {
-  d.DecY[to] = d.DecY[from];
-  d.DecX[to] = d.DecX[from];
-  d.TiltAInput[to] = d.TiltAInput[from];
-  d.TiltBInput[to] = d.TiltBInput[from];
-  d.TiltA[to] = d.TiltA[from];
-  d.TiltB[to] = d.TiltB[from];
-  d.TiltOrder[to] = d.TiltOrder[from];
+  ForEachTiltColumn(d, [=](auto& column) { column[to] = column[from]; });
 }
 
 void ClearTilt(DesignState& d, int i) {
-  d.DecY[i] = d.DecX[i] = 0;
-  d.TiltAInput[i] = d.TiltBInput[i] = d.TiltA[i] = d.TiltB[i] = 0;
+  ForEachTiltColumn(d, [=](auto& column) { column[i] = {}; });
   d.TiltOrder[i] = 1;
 }
 

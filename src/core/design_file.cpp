@@ -292,15 +292,9 @@ UpdateResult ReadDesignFile(const std::string& path, DesignFormat format, Design
     {
       auto f = r.Next(short_media ? 3 : 8, "medium code and glass names of " + s);
       d.MediumCode[i] = static_cast<int16_t>(r.Integer(f[0], "a medium code", -32768, 32767));
-      d.GlassSchott[i] = NameField(f[1]);
-      d.GlassOhara[i] = NameField(f[2]);
-      if (!short_media) {
-        d.GlassCorning[i] = NameField(f[3]);
-        d.GlassHoya[i] = NameField(f[4]);
-        d.GlassLzos[i] = NameField(f[5]);
-        d.GlassSpecial[i] = NameField(f[6]);
-        d.GlassChengdu[i] = NameField(f[7]);
-      }
+      // Older files name the SCHOTT and OHARA glasses only.
+      const std::size_t names = short_media ? 2 : kGlassNameColumns.size();
+      for (std::size_t g = 0; g < names; ++g) (d.*(kGlassNameColumns[g].names))[i] = NameField(f[g + 1]);
     }
     {
       auto f = r.Next(6, "six indices of " + s);
@@ -426,9 +420,9 @@ std::string Serialise(DesignState& d, const DesignSheet& sheet) {
     if (d.Radius[i] > 99999999) d.Radius[i] = 0;  // a plane is stored as 0
     if (d.SurfType[i] == 2) d.AsphA4[i] = d.AsphA6[i] = d.AsphA8[i] = 0;
     Record(out, Num(d.SemiDiam[i]), Num(d.Radius[i]), Num(d.Thickness[i]));
-    Record(out, Num(d.MediumCode[i]), Quoted(d.GlassSchott[i]), Quoted(d.GlassOhara[i]),
-           Quoted(d.GlassCorning[i]), Quoted(d.GlassHoya[i]), Quoted(d.GlassLzos[i]),
-           Quoted(d.GlassSpecial[i]), Quoted(d.GlassChengdu[i]));
+    std::string media = Num(d.MediumCode[i]);
+    for (const GlassNameColumn& g : kGlassNameColumns) media += "," + Quoted((d.*(g.names))[i]);
+    Record(out, media);
     Record(out, Num(d.IndexWl[1][i]), Num(d.IndexWl[2][i]), Num(d.IndexWl[3][i]),
            Num(d.IndexWl[4][i]), Num(d.IndexWl[5][i]), Num(d.IndexWl[6][i]));
     Record(out, Num(d.SurfType[i]), Num(d.Conic[i]));

@@ -131,9 +131,7 @@ void SetSurfaceCoefficients(DesignState& d, DesignSheet& sheet, int row, bool hi
 
 void ScaleSystem(DesignState& d, DesignSheet& sheet, double factor) {
   for (int i = 1; i <= d.SurfCount && i < sheet.Rows(); ++i) {
-    d.SemiDiam[i] *= factor;
-    d.Radius[i] *= factor;
-    d.Thickness[i] *= factor;
+    for (auto length : kLengthColumns) (d.*length)[i] *= factor;
     for (int col = 2; col <= 4; ++col) {
       const double v = ParseLeadingNumber(sheet.Cell(i, col));
       sheet.Cell(i, col) = ShortestText(v * factor);

@@ -6,16 +6,9 @@
 namespace ovrin {
 
 NameTable* DesignState::GlassNames(int medium_code) {
-  switch (medium_code) {
-    case kMediumSchott: return &GlassSchott;
-    case kMediumOhara: return &GlassOhara;
-    case kMediumCorning: return &GlassCorning;
-    case kMediumHoya: return &GlassHoya;
-    case kMediumLzos: return &GlassLzos;
-    case kMediumSpecial: return &GlassSpecial;
-    case kMediumChengdu: return &GlassChengdu;
-    default: return nullptr;
-  }
+  for (const GlassNameColumn& g : kGlassNameColumns)
+    if (g.medium == medium_code) return &(this->*(g.names));
+  return nullptr;
 }
 
 const NameTable* DesignState::GlassNames(int medium_code) const {
@@ -24,26 +17,9 @@ const NameTable* DesignState::GlassNames(int medium_code) const {
 
 void ClearDesign(DesignState& d) {
   for (int i = 0; i < kSurfTableSize; ++i) {
-    d.SemiDiam[i] = 0;
-    d.Radius[i] = 0;
-    d.Thickness[i] = 0;
-    for (int k = 1; k <= 6; ++k) d.IndexWl[k][i] = 0;
-    d.MediumCode[i] = 0;
-    d.GlassSchott[i].clear();
-    d.GlassOhara[i].clear();
-    d.GlassCorning[i].clear();
-    d.GlassHoya[i].clear();
-    d.GlassLzos[i].clear();
-    d.GlassSpecial[i].clear();
-    d.GlassChengdu[i].clear();
-    d.SurfType[i] = 0;
-    d.Conic[i] = 0;
-    d.AsphA2[i] = d.AsphA4[i] = d.AsphA6[i] = d.AsphA8[i] = 0;
-    // The tilt tables are cleared over the same 0..102 range.
-    d.DecY[i] = d.DecX[i] = 0;
-    d.TiltA[i] = d.TiltB[i] = 0;
-    d.TiltAInput[i] = d.TiltBInput[i] = 0;
-    d.TiltOrder[i] = 0;
+    ForEachSurfaceColumn(d, [i](auto& column) { column[i] = {}; });
+    // The tilt tables are cleared over the same 0..102 range, TiltOrder too.
+    ForEachTiltColumn(d, [i](auto& column) { column[i] = {}; });
   }
 }
 

@@ -106,6 +106,54 @@ struct DesignState {
   const NameTable* GlassNames(int medium_code) const;
 };
 
+// The glass name tables with their medium codes, in the order design files list them.
+struct GlassNameColumn {
+  int16_t medium;
+  NameTable DesignState::*names;
+};
+inline constexpr std::array<GlassNameColumn, 7> kGlassNameColumns = {{
+    {kMediumSchott, &DesignState::GlassSchott},
+    {kMediumOhara, &DesignState::GlassOhara},
+    {kMediumCorning, &DesignState::GlassCorning},
+    {kMediumHoya, &DesignState::GlassHoya},
+    {kMediumLzos, &DesignState::GlassLzos},
+    {kMediumSpecial, &DesignState::GlassSpecial},
+    {kMediumChengdu, &DesignState::GlassChengdu},
+}};
+
+// The columns that are lengths: a change of scale multiplies them.
+inline constexpr std::array<SurfTable DesignState::*, 3> kLengthColumns = {
+    &DesignState::SemiDiam, &DesignState::Radius, &DesignState::Thickness};
+
+// Every column of the surface tables (indices 0..102), each passed to f once.
+// Clearing, copying, inserting and deleting surfaces go through this list, so
+// a new column is added here and nowhere else.
+template <typename State, typename F>
+void ForEachSurfaceColumn(State& d, F&& f) {
+  for (auto length : kLengthColumns) f(d.*length);
+  for (int k = 1; k <= kMaxWavelengths; ++k) f(d.IndexWl[k]);
+  f(d.MediumCode);
+  for (const GlassNameColumn& g : kGlassNameColumns) f(d.*(g.names));
+  f(d.SurfType);
+  f(d.Conic);
+  f(d.AsphA2);
+  f(d.AsphA4);
+  f(d.AsphA6);
+  f(d.AsphA8);
+}
+
+// Every column of the tilt and decenter tables (indices 0..125).
+template <typename State, typename F>
+void ForEachTiltColumn(State& d, F&& f) {
+  f(d.DecY);
+  f(d.DecX);
+  f(d.TiltAInput);
+  f(d.TiltBInput);
+  f(d.TiltA);
+  f(d.TiltB);
+  f(d.TiltOrder);
+}
+
 // Empties the design: every surface table, names included, and the tilt
 // tables for i = 0..102 become 0 (TiltOrder too).
 void ClearDesign(DesignState& d);

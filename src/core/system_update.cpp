@@ -5,13 +5,13 @@
 #include <stdexcept>
 
 #include "core/number_text.h"
+#include "core/optics_math.h"
 #include "core/ray_tracer.h"
 
 namespace ovrin {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979;
 
 // An arithmetic fault of the update itself (an overflow, a division by zero).
 struct UpdateFault : std::runtime_error {
@@ -227,13 +227,12 @@ UpdateResult cmdupdate(DesignState& d, DesignSheet& sheet, MediaResolver& media)
       d.EntrPupilY = 0;
     }
     // 25. The chief ray's direction.
-    const double a = Number(sheet.Txtangolo) * kPi / 180;
-    const double b = Number(sheet.TxtangoloX) * kPi / 180;
-    const double ca = std::cos(a), sa = std::sin(a), cb = std::cos(b), sb = std::sin(b);
-    const double norm = std::sqrt(ca * ca + cb * cb * sa * sa);
-    d.ChiefCosZ = Div(ca * cb, norm);
-    d.ChiefCosY = Div(sa * cb, norm);
-    d.ChiefCosX = Div(ca * sb, norm);
+    const FieldDirection chief =
+        FieldDirectionOf(Number(sheet.Txtangolo) * kPi / 180, Number(sheet.TxtangoloX) * kPi / 180);
+    if (chief.norm == 0.0) throw UpdateFault();
+    d.ChiefCosZ = Checked(chief.cosZ);
+    d.ChiefCosY = Checked(chief.cosY);
+    d.ChiefCosX = Checked(chief.cosX);
     // 26. The chief ray to the image.
     t.TraceChiefRay();
     d.ImageHeight = std::sqrt(t.RayX * t.RayX + t.RayY * t.RayY);

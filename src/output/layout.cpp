@@ -4,13 +4,13 @@
 #include <cmath>
 
 #include "core/number_text.h"
+#include "core/optics_math.h"
 #include "core/ray_tracer.h"
 
 namespace ovrin {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979;
 constexpr int kProfilePoints = 201;
 
 const Rgb kLensFill{190, 225, 250}, kLensLine{0, 60, 200}, kMirror{0, 0, 0}, kScreen{230, 0, 0};
@@ -41,23 +41,11 @@ PlotPoint ToPicture(const DesignState& d, int i, double vertex_z, double z, doub
 bool Sag(const DesignState& d, int i, double y, double& z) {
   const double r = d.Radius[i];
   const float type = d.SurfType[i];
-  if (r == 0 || std::fabs(r) >= 1e10) {
-    z = (type == 3.0f) ? d.AsphA4[i] * std::pow(y, 4) + d.AsphA6[i] * std::pow(y, 6) + d.AsphA8[i] * std::pow(y, 8)
-                       : 0.0;
-    return true;
-  }
-  if (type == 2.0f || type == 3.0f) {
-    const double c = 1 / r;
-    const double q = 1 - c * c * (d.Conic[i] + 1) * y * y;
-    if (q < 0) return false;
-    z = c * y * y / (1 + std::sqrt(q));
-    if (type == 3.0f) z += d.AsphA4[i] * std::pow(y, 4) + d.AsphA6[i] * std::pow(y, 6) + d.AsphA8[i] * std::pow(y, 8);
-    return true;
-  }
-  const double q = r * r - y * y;
-  if (q < 0) return false;
-  z = r > 0 ? r - std::sqrt(q) : r + std::sqrt(q);
-  return true;
+  const bool plane = r == 0 || std::fabs(r) >= 1e10;
+  const bool conic = type == 2.0f || type == 3.0f, high_order = type == 3.0f;
+  z = SurfaceSag(y, plane ? 0.0 : 1 / r, conic ? d.Conic[i] : 0.0, high_order ? d.AsphA4[i] : 0.0,
+                 high_order ? d.AsphA6[i] : 0.0, high_order ? d.AsphA8[i] : 0.0);
+  return std::isfinite(z);
 }
 
 struct RayRecorder {
@@ -224,9 +212,8 @@ double ScaleLength(double width) {
 }  // namespace
 
 void DrawLayout(const Layout& L, const LayoutSettings& s, const LayoutFrame& w, Canvas& c) {
-  const Rgb backgrounds[3] = {{255, 255, 255}, {0, 0, 0}, {230, 230, 230}};
-  const Rgb back = backgrounds[std::clamp(s.background, 0, 2)];
-  const Rgb ink = s.background == 1 ? Rgb{255, 255, 255} : Rgb{0, 0, 0};
+  const Rgb back = PlotBackground(s.background);
+  const Rgb ink = PlotInk(s.background);
   const Rgb mirror = s.background == 1 ? Rgb{255, 255, 255} : kMirror;
   c.Window(w.left, w.top, w.right, w.bottom);
   c.Clear(back);
@@ -241,21 +228,19 @@ void DrawLayout(const Layout& L, const LayoutSettings& s, const LayoutFrame& w, 
 
   for (const auto& e : L.elements) c.Polygon(e, kLensFill);
   for (const auto& e : L.elements) {
-    for (std::size_t k = 0; k + 1 < e.size(); ++k) c.Line(e[k].x, e[k].y, e[k + 1].x, e[k + 1].y, kLensLine, 1);
-    c.Line(e.back().x, e.back().y, e.front().x, e.front().y, kLensLine, 1);
+    if (e.empty()) continue;
+    std::vector<PlotPoint> outline = e;
+    outline.push_back(e.front());
+    c.Polyline(outline, kLensLine, 1);
   }
   for (const auto& sfc : L.surfaces) {
     if (sfc.kind == Layout::Kind::Lens) continue;  // drawn with its element
     const Rgb color = sfc.kind == Layout::Kind::Mirror ? mirror : sfc.kind == Layout::Kind::Screen ? kScreen : kPlain;
     const int pen = sfc.kind == Layout::Kind::Plain ? 1 : 2;
-    for (std::size_t k = 0; k + 1 < sfc.profile.size(); ++k)
-      c.Line(sfc.profile[k].x, sfc.profile[k].y, sfc.profile[k + 1].x, sfc.profile[k + 1].y, color, pen);
+    if (sfc.profile.size() > 1) c.Polyline(sfc.profile, color, pen);
   }
-  for (const auto& ray : L.rays) {
-    const Rgb color = ray.axial ? kAxialRay : kFieldRay;
-    for (std::size_t k = 0; k + 1 < ray.points.size(); ++k)
-      c.Line(ray.points[k].x, ray.points[k].y, ray.points[k + 1].x, ray.points[k + 1].y, color, 1);
-  }
+  for (const auto& ray : L.rays)
+    if (ray.points.size() > 1) c.Polyline(ray.points, ray.axial ? kAxialRay : kFieldRay, 1);
 }
 
 }  // namespace ovrin

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QPolygonF>
+#include <cmath>
 
 namespace ovrin {
 
@@ -54,6 +55,45 @@ void QPainterCanvas::Polygon(const std::vector<PlotPoint>& points, Rgb fill) {
   p_.setPen(Qt::NoPen);
   p_.setBrush(Color(fill));
   p_.drawPolygon(poly);
+  // Later shapes (the plot view's border, circles) must not be filled with it.
+  p_.setBrush(Qt::NoBrush);
+}
+
+void QPainterCanvas::Polyline(const std::vector<PlotPoint>& points, Rgb color, int width) {
+  QPolygonF line;
+  line.reserve(static_cast<qsizetype>(points.size()));
+  for (const PlotPoint& pt : points) line << Map(pt.x, pt.y);
+  QPen pen(Color(color), width * unit_);
+  pen.setJoinStyle(Qt::RoundJoin);
+  p_.setPen(pen);
+  p_.drawPolyline(line);
+}
+
+void QPainterCanvas::Points(const std::vector<PlotPoint>& points, Rgb color) {
+  if (unit_ <= 1.0) {
+    QPolygonF at;
+    at.reserve(static_cast<qsizetype>(points.size()));
+    for (const PlotPoint& pt : points) at << Map(pt.x, pt.y);
+    p_.setPen(Color(color));
+    p_.drawPoints(at);
+  } else {
+    for (const PlotPoint& pt : points) Point(pt.x, pt.y, color);
+  }
+}
+
+void QPainterCanvas::Image(double left, double top, double right, double bottom, int columns, int rows,
+                           const std::vector<Rgb>& pixels) {
+  if (columns <= 0 || rows <= 0 || pixels.size() < static_cast<std::size_t>(columns) * rows) return;
+  QImage image(columns, rows, QImage::Format_RGB32);
+  for (int r = 0; r < rows; ++r) {
+    auto* line = reinterpret_cast<QRgb*>(image.scanLine(r));
+    for (int c = 0; c < columns; ++c) {
+      const Rgb& px = pixels[static_cast<std::size_t>(r) * columns + c];
+      line[c] = qRgb(px.r, px.g, px.b);
+    }
+  }
+  // Each sample stays a sharp block however much it is enlarged.
+  p_.drawImage(QRectF(Map(left, top), Map(right, bottom)).normalized(), image);
 }
 
 void QPainterCanvas::Text(double x, double y, const std::string& text, Rgb color) {

@@ -1,5 +1,5 @@
 #pragma once
-// The canvas drawn by a QPainter: the screen, the printer, PNG, BMP and SVG files.
+// The canvas drawn by a QPainter: the screen, the printer and the picture files.
 #include <QPainter>
 #include <QRectF>
 
@@ -20,6 +20,10 @@ class QPainterCanvas final : public Canvas {
   void Polygon(const std::vector<PlotPoint>& points, Rgb fill) override;
   void Pixel(double x, double y, Rgb color) override;
   void Text(double x, double y, const std::string& text, Rgb color) override;
+  void Polyline(const std::vector<PlotPoint>& points, Rgb color, int width) override;
+  void Points(const std::vector<PlotPoint>& points, Rgb color) override;
+  void Image(double left, double top, double right, double bottom, int columns, int rows,
+             const std::vector<Rgb>& pixels) override;
 
   QPointF Map(double x, double y) const;
 

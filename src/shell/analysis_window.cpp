@@ -1,7 +1,15 @@
 #include "shell/analysis_window.h"
 
+#include <QButtonGroup>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QPlainTextEdit>
+#include <QRadioButton>
 #include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -21,6 +29,7 @@
 #include <QVBoxLayout>
 
 #include "core/number_text.h"
+#include "output/picture_file.h"
 #include "output/qpainter_canvas.h"
 #include "shell/main_window.h"
 #include "shell/widgets_util.h"
@@ -54,6 +63,11 @@ QRectF PlotView::Target() const {
     w = h * aspect_;
   }
   return {(width() - w) / 2, (height() - h) / 2, w, h};
+}
+
+QSize PlotView::PictureSize() const {
+  const QRectF t = Target();
+  return {std::max(1, static_cast<int>(std::lround(t.width()))), std::max(1, static_cast<int>(std::lround(t.height())))};
 }
 
 QPointF PlotView::ToPlot(const QPointF& at) const {
@@ -99,36 +113,66 @@ void PlotView::paintEvent(QPaintEvent*) {
   // The background list acts at once: the recorded clearing takes today's colour.
   plot_.Replay(canvas, &background_);
   p.setPen(palette().mid().color());
+  p.setBrush(Qt::NoBrush);
   p.drawRect(target.adjusted(0, 0, -1, -1));
 }
 
 // ---------------------------------------------------------------------------
 
 namespace {
-const Rgb kBackgrounds[3] = {{255, 255, 255}, {0, 0, 0}, {230, 230, 230}};
-const char* const kCheckNames[6] = {"Check_e", "Check_r", "Check_c", "Check_f", "Check_g", "Check_h"};
+
+FrameOptions OnePane(double plot_aspect, bool focus_controls) {
+  FrameOptions o;
+  o.plot_aspect = plot_aspect;
+  o.focus_controls = focus_controls;
+  if (!focus_controls) o.wavelengths = FrameOptions::Wavelengths::None;
+  return o;
+}
 }  // namespace
 
 AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* caption, const char* help_topic,
                                double plot_aspect, bool focus_controls)
+    : AnalysisWindow(main, name, caption, help_topic, OnePane(plot_aspect, focus_controls)) {}
+
+AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* caption, const char* help_topic,
+                               const FrameOptions& o)
     : main_(main), helpTopic_(help_topic) {
   setObjectName(name);
   setWindowTitle(caption);
 
   designName_ = new QLabel(this);
   designName_->setObjectName("Label8");
-  plot_ = new PlotView(plot_aspect, this);
-  plot_->setObjectName("Picturespot");
+  auto* paneGrid = new QGridLayout;
+  const int columns = std::max(1, o.pane_columns);
+  for (std::size_t i = 0; i < o.panes.size(); ++i) {
+    auto* pane = new PlotView(o.plot_aspect, this);
+    pane->setObjectName(Q(o.panes[i]));
+    if (o.panes.size() > 1) pane->setMinimumSize(200, static_cast<int>(200 / o.plot_aspect));
+    paneGrid->addWidget(pane, static_cast<int>(i) / columns, static_cast<int>(i) % columns);
+    panes_.push_back(pane);
+  }
+  plot_ = panes_.empty() ? nullptr : panes_.front();
+
+  if (!o.text_pane.empty()) {
+    text_ = new QPlainTextEdit(this);
+    text_->setObjectName(Q(o.text_pane));
+    text_->setReadOnly(true);
+    text_->setLineWrapMode(QPlainTextEdit::NoWrap);
+    text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  }
 
   auto* wlBox = new QGroupBox("WaveLengths", this);
   auto* wlRow = new QHBoxLayout(wlBox);
+  const bool one = o.wavelengths == FrameOptions::Wavelengths::One;
+  auto* group = one ? new QButtonGroup(this) : nullptr;
   for (int k = 0; k < 6; ++k) {
-    wl_[k] = new QCheckBox(wlBox);
-    wl_[k]->setObjectName(kCheckNames[k]);
+    if (one) wl_[k] = new QRadioButton(wlBox);
+    else wl_[k] = new QCheckBox(wlBox);
+    wl_[k]->setObjectName(Q(o.wavelength_names[k]));
+    if (group) group->addButton(wl_[k], k + 1);
     wlRow->addWidget(wl_[k]);
   }
   wlRow->addStretch(1);
-
   auto* side = new QGroupBox(this);
   panel_ = new QGridLayout(side);
   referBfl_ = new QLabel(this);
@@ -144,7 +188,9 @@ AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* c
   backColor_->setObjectName("Combo1");
   backColor_->addItems({"White", "Black", "Grey"});
   connect(backColor_, &QComboBox::currentIndexChanged, this,
-          [this](int i) { plot_->SetBackground(kBackgrounds[std::clamp(i, 0, 2)]); });
+          [this](int i) {
+            for (PlotView* pane : panes_) pane->SetBackground(PlotBackground(i));
+          });
 
   auto* fixed = new QGridLayout;
   fixed->addWidget(new QLabel("Refer.  B.F.L. ", this), 0, 0);
@@ -166,6 +212,7 @@ AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* c
   QPushButton* update = button("Update", "&Update");
   QPushButton* print = button("Print", "&Print");
   QPushButton* save = button("SaveImage", "&Save as bmp file");
+  save->setToolTip("The window as a bitmap, or its pictures as PNG, SVG or PDF files");
   QPushButton* help = button("Help", "&Help");
   QPushButton* exit = button("Exit", "&Exit");
   connect(update, &QPushButton::clicked, this, [this] { Update(); });
@@ -180,15 +227,27 @@ AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* c
   for (QPushButton* b : {update, print, save, help, exit}) buttons->addWidget(b);
   buttons->addStretch(1);
 
-  if (!focus_controls) {
-    wlBox->hide();
+  if (!o.focus_controls) {
     for (QWidget* w : {static_cast<QWidget*>(referBfl_), static_cast<QWidget*>(actualBfl_)}) w->hide();
     for (int r = 0; r < 2; ++r)
       if (auto* item = fixed->itemAtPosition(r, 0)) item->widget()->hide();
   }
+  if (o.wavelengths == FrameOptions::Wavelengths::None) wlBox->hide();
   auto* left = new QVBoxLayout;
   left->addWidget(designName_);
-  left->addWidget(plot_, 1);
+  if (!panes_.empty()) left->addLayout(paneGrid, 3);
+  if (text_) {
+    auto* copy = button("CmdCopy", "&Copy");
+    auto* saveText = button("CmdSaveText", "Save as &text");
+    connect(copy, &QPushButton::clicked, this, [this] { QGuiApplication::clipboard()->setText(text_->toPlainText()); });
+    connect(saveText, &QPushButton::clicked, this, [this] { SaveText(); });
+    auto* textButtons = new QHBoxLayout;
+    textButtons->addWidget(copy);
+    textButtons->addWidget(saveText);
+    textButtons->addStretch(1);
+    left->addWidget(text_, panes_.empty() ? 3 : 1);
+    left->addLayout(textButtons);
+  }
   left->addWidget(wlBox);
   auto* body = new QHBoxLayout;
   body->addLayout(left, 3);
@@ -238,9 +297,14 @@ void AnalysisWindow::Activated() {
     wl_[k]->setText(Q(FormatFixed(d.Wavelength[k], 4)));
     wl_[k]->setStyleSheet(QString("color: rgb(%1, %2, %3);").arg(c.r).arg(c.g).arg(c.b));
     if (k > 0) {
+      // A wavelength not in use has no box to show.
       const bool used = d.Wavelength[k] != 0;
       wl_[k]->setEnabled(used);
-      if (!used) wl_[k]->setChecked(false);
+      wl_[k]->setVisible(used);
+      if (!used && wl_[k]->isChecked()) {
+        wl_[k]->setChecked(false);
+        if (ChosenWavelength() == 0) wl_[0]->setChecked(true);  // a single choice falls back to the first
+      }
     }
   }
   referBfl_->setText(Q(FormatFixed(d.Bfl, 3)));
@@ -250,6 +314,12 @@ std::array<bool, 6> AnalysisWindow::CheckedWavelengths() const {
   std::array<bool, 6> on{};
   for (int k = 0; k < 6; ++k) on[k] = wl_[k]->isChecked();
   return on;
+}
+
+int AnalysisWindow::ChosenWavelength() const {
+  for (int k = 0; k < 6; ++k)
+    if (wl_[k]->isChecked()) return k + 1;
+  return 0;
 }
 
 int AnalysisWindow::BackgroundIndex() const { return backColor_->currentIndex(); }
@@ -270,7 +340,7 @@ bool AnalysisWindow::PrintTo(QPrinter& printer) {
   const PageFit fit = FitToPage(image.width(), image.height(), page.width(), page.height());
   p.drawImage(QRectF(0, 0, fit.width, fit.height), image);
   const bool ok = p.end();
-  Recompute();
+  Redraw();
   return ok;
 }
 
@@ -283,13 +353,62 @@ void AnalysisWindow::Print() {
   if (!PrintTo(printer)) Tell(this, "Print Error!");
 }
 
-bool AnalysisWindow::SaveImageTo(const QString& path) { return grab().toImage().save(path, "BMP"); }
+bool AnalysisWindow::SaveImageTo(const QString& path) {
+  const QFileInfo info(path);
+  const QString type = info.suffix().toLower();
+  if (type == "bmp" || panes_.empty()) return grab().toImage().save(path, "BMP");
+  // The pictures themselves, drawn anew at the size they have on the screen.
+  try {
+    for (std::size_t i = 0; i < panes_.size(); ++i) {
+      const PlotView* pane = panes_[i];
+      const QString file = panes_.size() == 1 ? path
+                                               : info.dir().filePath(info.completeBaseName() + "-" +
+                                                                     QString::number(i + 1) + "." + info.suffix());
+      const QSize size = pane->PictureSize();
+      RecordingCanvas picture;
+      const Rgb back = pane->background();
+      pane->plot().Replay(picture, &back);
+      SavePicture(picture, size.width(), size.height(), S(file));
+    }
+  } catch (const std::runtime_error&) {
+    return false;
+  }
+  return true;
+}
 
 void AnalysisWindow::SaveImage() {
-  QString path = QFileDialog::getSaveFileName(this, "Save Screen as Bitmap", QString(), "Bitmap Image (*.bmp)");
+  QString filter;
+  QString path = QFileDialog::getSaveFileName(
+      this, "Save Screen as Bitmap", QString(),
+      "Bitmap Image (*.bmp);;PNG picture (*.png);;SVG drawing (*.svg);;PDF document (*.pdf)", &filter);
   if (path.isEmpty()) return;
-  if (QFileInfo(path).suffix().isEmpty()) path += ".BMP";
+  if (QFileInfo(path).suffix().isEmpty()) {
+    static const char* const kTypes[][2] = {{"*.png", ".png"}, {"*.svg", ".svg"}, {"*.pdf", ".pdf"}};
+    QString ext = ".BMP";
+    for (const auto& t : kTypes)
+      if (filter.contains(t[0])) ext = t[1];
+    path += ext;
+  }
   if (!SaveImageTo(path)) Tell(this, "Cannot write " + path);
+}
+
+void AnalysisWindow::SetText(const std::string& text) {
+  if (text_) text_->setPlainText(Q(text));
+}
+
+bool AnalysisWindow::SaveTextTo(const QString& path) const {
+  if (!text_) return false;
+  QFile file(path);
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Truncate)) return false;
+  const QByteArray bytes = text_->toPlainText().toUtf8();
+  return file.write(bytes) == bytes.size();
+}
+
+void AnalysisWindow::SaveText() {
+  QString path = QFileDialog::getSaveFileName(this, "Save as Text", QString(), "Text (*.txt)");
+  if (path.isEmpty()) return;
+  if (QFileInfo(path).suffix().isEmpty()) path += ".txt";
+  if (!SaveTextTo(path)) Tell(this, "Cannot write " + path);
 }
 
 }  // namespace ovrin::shell

@@ -15,7 +15,9 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableWidget>
+#include <QHelpEvent>
 #include <QTimer>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include "core/design_edit.h"
@@ -89,6 +91,7 @@ DesignWindow::DesignWindow(MainWindow& main) : main_(main) {
   grid_->horizontalHeader()->setStretchLastSection(true);
   grid_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   grid_->installEventFilter(this);
+  grid_->viewport()->installEventFilter(this);  // the type cells' tool tips
   connect(grid_, &QTableWidget::cellClicked, this, [this](int r, int c) { ClickCell(r + 1, c); });
 
   // Object
@@ -280,6 +283,19 @@ void DesignWindow::ReloadCell(int row, int col) {
     grid_->setItem(row - 1, col, item);
   }
   item->setText(Q(s.Cell(row, col)));
+}
+
+QString DesignWindow::TypeToolTip(int row) const {
+  // The coefficients live in their own window; the type cell shows them on hover.
+  const DesignState& d = main_.session().design;
+  if (row < 1 || row >= static_cast<int>(d.SurfType.size())) return {};
+  const int type = static_cast<int>(d.SurfType[row]);
+  if (type != kConic && type != kHighOrder) return {};
+  QString tip = "K = " + Q(ShortestText(d.Conic[row]));
+  if (type == kHighOrder)
+    tip += "\nA4 = " + Q(ShortestText(d.AsphA4[row])) + "\nA6 = " + Q(ShortestText(d.AsphA6[row])) +
+           "\nA8 = " + Q(ShortestText(d.AsphA8[row]));
+  return tip;
 }
 
 void DesignWindow::SizeGrid() {
@@ -508,6 +524,14 @@ bool DesignWindow::eventFilter(QObject* watched, QEvent* event) {
       static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
     CloseFloating();
     grid_->setFocus();
+    return true;
+  }
+  if (watched == grid_->viewport() && event->type() == QEvent::ToolTip) {
+    auto* help = static_cast<QHelpEvent*>(event);
+    const QModelIndex at = grid_->indexAt(help->pos());
+    const QString tip = at.isValid() && at.column() == 7 ? TypeToolTip(at.row() + 1) : QString();
+    if (tip.isEmpty()) QToolTip::hideText();
+    else QToolTip::showText(help->globalPos(), tip, grid_->viewport());
     return true;
   }
   if (watched == grid_ && event->type() == QEvent::KeyPress) {

@@ -32,6 +32,8 @@ class DesignWindow : public QWidget {
   void ChooseType(int row, int index);
 
   QTableWidget* grid() const { return grid_; }
+  // The conic constant (and the high-order coefficients) of a surface, shown over its type cell.
+  QString TypeToolTip(int row) const;
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;

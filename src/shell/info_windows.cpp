@@ -72,7 +72,12 @@ const Chapter kChapters[] = {
      "MEDIUM column offers air and the glass catalogues, the type column the surface shapes. The last "
      "surface has no thickness: the image lies at the back focal distance.</p><p>Press <b>OK</b> to read "
      "the table into the system. The back and effective focal lengths, the aperture ratio (or the image "
-     "NA of a near object) and the image height of the chief ray are then shown.</p>"},
+     "NA of a near object) and the image height of the chief ray are then shown.</p>"
+     "<p><b>Why a mirror's focal length is negative.</b> Lengths are measured along the direction in which "
+     "light first travels. After a mirror the light runs back, so the thicknesses and the media after it are "
+     "negative, and so are the back and effective focal lengths of a telescope whose last optic is a "
+     "mirror: a Newtonian of 1000 mm shows -1000. The size is the focal length; the sign tells which way "
+     "the image lies. A second mirror turns the light forward again and the signs with it.</p>"},
     {"WaveLengths", "Wavelengths",
      "<h3>Wavelengths</h3><p>Up to six wavelengths, in microns; the first is the reference for the focal "
      "lengths. The presets fill the visible C, e and F lines, or the eye's night (scotopic) or day "
@@ -96,8 +101,16 @@ const Chapter kChapters[] = {
      "Airy disc at the same scale; the bar on the left gives the scale in mm. A larger zoom number enlarges "
      "the spot.</p><p><b>Actual B.F.L.</b> is where the image is taken; <b>AutoFocus</b> finds the distance "
      "with the smallest on-axis RMS spot for the checked wavelengths. A curved focal surface is given by "
-     "its radius (0 is flat). <b>Plot Vign.Rays</b> also draws the rays stopped by an aperture or an "
-     "obstruction.</p>"},
+     "its radius (0 is flat), with the sign of a surface radius: a Schmidt camera's image curves towards "
+     "its mirror. <b>Plot Vign.Rays</b> also draws the rays stopped by an aperture or an "
+     "obstruction.</p><p><b>Why Total Rays is twice the sum of the other two.</b> A centred system is "
+     "symmetric left to right, so only half of the pupil is traced and the other half is its mirror image. "
+     "<b>Non-Vign. Rays</b> and <b>Vign. Rays</b> already count both halves, and <b>Total Rays</b> doubles "
+     "their sum once more; the rays of the whole pupil are the sum of the two. The total keeps this "
+     "long-standing count so that figures compare with earlier printouts. A tilted or decentered system is "
+     "traced over the whole pupil, and there the total is the sum of the two (with the chief ray).</p>"
+     "<p>A new zoom number redraws the rays already traced when Enter is pressed; <b>Update</b> traces "
+     "anew.</p>"},
     {"Layout", "2D layout",
      "<h3>2D layout</h3><p>The design drawn as a section along its axis: lenses in light blue, mirrors as "
      "black lines, obstructions in red, and fans of rays of the first wavelength, green on the axis and "
@@ -107,7 +120,9 @@ const Chapter kChapters[] = {
      "design again. The bar at the top right gives the scale in mm.</p>"},
     {"Output", "Printing and pictures",
      "<h3>Printing and pictures</h3><p><b>Print</b> sends the window's picture to a printer, fitted to the "
-     "page with its proportions kept. <b>Save as bmp file</b> writes the window's picture as a bitmap. "
+     "page with its proportions kept. <b>Save as bmp file</b> writes the window as a bitmap (.bmp), or "
+     "its pictures alone as PNG, SVG or PDF files; a window with several pictures writes one file for each "
+     "(NAME-1.png, NAME-2.png, ...). A window with a table has <b>Copy</b> and <b>Save as text</b> for it. "
      "<b>BackColor</b> changes the plot's background at once; the ink follows at the next drawing.</p>"},
 };
 

@@ -14,10 +14,19 @@ namespace ovrin::shell {
 
 namespace {
 constexpr int kFieldSteps = 100;  // the field slider's steps from 0 to the design's half-field
+
+FrameOptions LayoutFrameOptions() {
+  FrameOptions o;
+  o.plot_aspect = 2.0;  // the frame is four times as wide as half its height
+  o.panes = {"Picture1"};
+  o.wavelengths = FrameOptions::Wavelengths::None;  // the rays are of wavelength 1
+  o.focus_controls = false;
+  return o;
 }
+}  // namespace
 
 LayoutWindow::LayoutWindow(MainWindow& main)
-    : AnalysisWindow(main, "Frmlayout", "2D- LAYOUT", "Layout", 2.0, false) {
+    : AnalysisWindow(main, "Frmlayout", "2D- LAYOUT", "Layout", LayoutFrameOptions()) {
   const DesignState& d = main_.session().design;
   maxField_ = std::fabs(ParseLeadingNumber(main_.session().sheet.Txtangolo));
   field_ = new QSlider(Qt::Horizontal, this);
@@ -117,6 +126,7 @@ void LayoutWindow::Recompute() {
 }
 
 void LayoutWindow::Redraw() {
+  if (!computed_) return;
   RecordingCanvas plot;
   DrawLayout(layout_, Settings(), view_, plot);
   plot_->SetPlot(plot);

@@ -23,9 +23,9 @@ class LayoutWindow : public AnalysisWindow {
 
  protected:
   void Recompute() override;
+  void Redraw() override;
 
  private:
-  void Redraw();
   Layout layout_;
   LayoutFrame view_;
   bool zoomed_ = false;

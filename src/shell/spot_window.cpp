@@ -45,6 +45,8 @@ SpotWindow::SpotWindow(MainWindow& main)
     b->setAlignment(Qt::AlignRight);
     SelectAllOnFocus(b);
   }
+  // A new zoom redraws the rays already traced.
+  connect(zoom_, &QLineEdit::returnPressed, this, [this] { Redraw(); });
   plotVign_ = new QCheckBox("Plot Vign.Rays", this);
   plotVign_->setObjectName("CheckVign");
   auto* autofocus = new QPushButton("AutoFocus  (Min.on-axis RMS)", this);
@@ -132,18 +134,39 @@ SpotSettings SpotWindow::Settings() const {
 }
 
 void SpotWindow::Recompute() {
-  const SpotSettings s = Settings();
+  SpotSettings s = Settings();
   const double zoom = ParseLeadingNumber(s.zoom);
   if (s.zoom.empty() || zoom == 0) zoom_->setText("1");
-  RecordingCanvas plot;
-  const std::string error = spot_.Draw(main_.session().design, s, &plot);
-  plot_->SetPlot(plot);
-  ShowLabels();
-  if (!error.empty()) Tell(this, Q(error));
+  s.previousSpotDiameter = result_.SpotDiameter;
+  DesignState& d = main_.session().design;
+  SpotLabels shown = result_.labels;
+  result_ = ComputeSpot(d, s);
+  if (result_.raiseUncenteredFlag) d.UncenteredFlag = 1;
+  // A drawing that fails or shows no ray leaves the numbers as they were,
+  // except the Airy diameter, which is shown before any ray is traced.
+  if (result_.gridBuilt) shown.Lbldiamairy = result_.labels.Lbldiamairy;
+  if (result_.drawn) shown = result_.labels;
+  result_.labels = shown;
+  drawnWith_ = s;
+  computed_ = true;
+  Redraw();
+  ShowLabels(shown);
+  if (!result_.error.empty()) Tell(this, Q(result_.error));
 }
 
-void SpotWindow::ShowLabels() {
-  const SpotLabels& l = spot_.labels;
+void SpotWindow::Redraw() {
+  if (!computed_) return;
+  SpotSettings s = drawnWith_;
+  s.zoom = S(zoom_->text());
+  const double zoom = ParseLeadingNumber(s.zoom);
+  if (s.zoom.empty() || zoom == 0) zoom_->setText("1");
+  s.background = BackgroundIndex();
+  RecordingCanvas plot;
+  DrawSpot(result_, s, plot);
+  plot_->SetPlot(plot);
+}
+
+void SpotWindow::ShowLabels(const SpotLabels& l) {
   rms_->setText(Q(l.lbldiamrms));
   diameter_->setText(Q(l.lbldiamspot));
   height_->setText(Q(l.lblaltezza));

@@ -16,18 +16,22 @@ class SpotWindow : public AnalysisWindow {
   explicit SpotWindow(MainWindow& main);
 
   SpotSettings Settings() const;
-  const SpotDiagram& spot() const { return spot_; }
+  // The last drawing's result (labels keep the text of the last good one).
+  const SpotResult& result() const { return result_; }
   // Command1: the focus of the smallest on-axis RMS spot, then Update.
   void AutoFocusAndUpdate();
 
  protected:
   void Recompute() override;
+  void Redraw() override;
   void Activated() override;
   void showEvent(QShowEvent* event) override;
 
  private:
-  void ShowLabels();
-  SpotDiagram spot_;
+  void ShowLabels(const SpotLabels& l);
+  SpotResult result_;
+  SpotSettings drawnWith_;  // the settings of the last trace
+  bool computed_ = false;
   QComboBox* field_;
   QComboBox* rays_;
   QLineEdit* zoom_;

@@ -62,10 +62,28 @@ TEST(PupilGrid, RaysPerColourAtRadius50And5) {
   EXPECT_FALSE(BuildPupilGrid(d, 6, g));
 }
 
+TEST(PupilGrid, StepIsASinglePrecisionQuotient) {
+  // A radius whose step differs between single and double precision: the
+  // points of a row lie at whole multiples of the 32-bit step.
+  DesignState d;
+  d.EntrBeamSemiDiam = 1.1;
+  const float step32 = 1.1f / 13.0f;
+  const double step64 = static_cast<double>(1.1f) / 13.0;
+  ASSERT_NE(static_cast<double>(step32), step64);
+  PupilGrid g;
+  ASSERT_TRUE(BuildPupilGrid(d, 13, g));
+  // Entry 1 is the top of the pupil on the axis, entry 2 the next point of that row.
+  EXPECT_EQ(g.PupilY[1], d.EntrBeamSemiDiam);
+  EXPECT_EQ(g.PupilX[1], 0.0);
+  EXPECT_EQ(g.PupilX[2], static_cast<double>(step32));
+  EXPECT_EQ(g.PupilX[3], static_cast<double>(step32) + static_cast<double>(step32));
+}
+
 TEST(SpotDiagram, CountsCentredAndUncentered) {
   TestDesign t = Mirror(kConic, -1);
-  SpotDiagram spot;
-  ASSERT_EQ(spot.Draw(t.d, AtFocus(t, "128"), nullptr), "");
+  SpotResult spot;
+  spot = ComputeSpot(t.d, AtFocus(t, "128"));
+  ASSERT_EQ(spot.error, "");
   EXPECT_EQ(spot.labels.Lblragginonvig, "128");
   EXPECT_EQ(spot.labels.Lblraggitot, "256");  // twice the sum, by design
   EXPECT_EQ(spot.labels.Lblraggivig, "0");
@@ -74,15 +92,17 @@ TEST(SpotDiagram, CountsCentredAndUncentered) {
   t.d.DecY[2] = 0.5f;  // a decentered image plane makes the system uncentered
   ASSERT_TRUE(t.Update().ok);
   ASSERT_EQ(t.d.UncenteredFlag, 1.0f);
-  ASSERT_EQ(spot.Draw(t.d, AtFocus(t, "128"), nullptr), "");
+  spot = ComputeSpot(t.d, AtFocus(t, "128"));
+  ASSERT_EQ(spot.error, "");
   EXPECT_EQ(spot.labels.Lblragginonvig, "128");
   EXPECT_EQ(spot.labels.Lblraggitot, "128");
 }
 
 TEST(SpotDiagram, ParaboloidFocusesAndSphereFollowsThirdOrder) {
   TestDesign para = Mirror(kConic, -1);
-  SpotDiagram spot;
-  ASSERT_EQ(spot.Draw(para.d, AtFocus(para), nullptr), "");
+  SpotResult spot;
+  spot = ComputeSpot(para.d, AtFocus(para));
+  ASSERT_EQ(spot.error, "");
   EXPECT_LT(spot.RmsRadius, 1e-3);  // the 3-decimal focus leaves only defocus of 0.0005 mm
 
   // A sphere at the paraxial focus: transverse aberration h^3/(2R^2) at the rim
@@ -90,7 +110,8 @@ TEST(SpotDiagram, ParaboloidFocusesAndSphereFollowsThirdOrder) {
   TestDesign sphere = Mirror(kSphere);
   SpotSettings s = AtFocus(sphere, "5100");
   s.actualBfl = PlainDecimal(sphere.d.Bfl);
-  ASSERT_EQ(spot.Draw(sphere.d, s, nullptr), "");
+  spot = ComputeSpot(sphere.d, s);
+  ASSERT_EQ(spot.error, "");
   const double tsa = 50.0 * 50.0 * 50.0 / (2 * 2000.0 * 2000.0);
   EXPECT_NEAR(spot.RmsRadius, tsa / 2, 0.1 * tsa / 2);
   EXPECT_EQ(spot.labels.lbldiamrms, FormatFixed(spot.RmsRadius, 5));
@@ -114,10 +135,10 @@ TEST(SpotDiagram, AutofocusOfASphereLiesBetweenParaxialAndMarginalFocus) {
   EXPECT_GT(shift / marginal, 0.05);
   EXPECT_LT(shift / marginal, 0.95);
   // And it is a minimum: a little either side is worse.
-  SpotDiagram spot;
+  SpotResult spot;
   auto rms = [&](double x) {
     s.actualBfl = PlainDecimal(t.d.Bfl + x);
-    spot.Draw(t.d, s, nullptr);
+    spot = ComputeSpot(t.d, s);
     return spot.RmsRadius;
   };
   EXPECT_LT(rms(shift), rms(shift + 0.01));
@@ -132,8 +153,9 @@ TEST(SpotDiagram, ObstructedChiefRayStillAnchorsThePlot) {
   mirror.conic = -1;
   Build(t, {screen, mirror}, 100);
   ASSERT_TRUE(t.Update().ok);
-  SpotDiagram spot;
-  ASSERT_EQ(spot.Draw(t.d, AtFocus(t, "128"), nullptr), "");
+  SpotResult spot;
+  spot = ComputeSpot(t.d, AtFocus(t, "128"));
+  ASSERT_EQ(spot.error, "");
   EXPECT_GT(spot.VignRays, 0.0f);
   EXPECT_EQ(static_cast<int>(spot.VignRays) % 2, 0);  // doubled with the mirror image
   // The chief ray was stopped but its image is the reference and is in the spreads.
@@ -148,13 +170,14 @@ TEST(SpotDiagram, ZoomEqualSpreadsAndFailures) {
   TestDesign t;
   Build(t, {{3, 0, 0}}, 2.5);
   ASSERT_TRUE(t.Update().ok);
-  SpotDiagram spot;
-  spot.SpotDiameter = 123;
   SpotSettings s = AtFocus(t, "340");
+  s.previousSpotDiameter = 123;
   s.actualBfl = "10";
   s.zoom = "-2";
   RecordingCanvas canvas;
-  ASSERT_EQ(spot.Draw(t.d, s, &canvas), "");
+  SpotResult spot = ComputeSpot(t.d, s);
+  ASSERT_EQ(spot.error, "");
+  DrawSpot(spot, s, canvas);
   EXPECT_EQ(spot.SpotDiameter, 123.0);  // equal spreads keep the previous value
   EXPECT_EQ(spot.labels.lbldiamspot, "123.00000");
   EXPECT_EQ(spot.MmPerPlotUnit, 0.5f / 500.0f);  // a negative zoom draws as its magnitude
@@ -164,13 +187,16 @@ TEST(SpotDiagram, ZoomEqualSpreadsAndFailures) {
   // The half grid with its chief ray and the mirror image, plotted as traced.
   EXPECT_EQ(points, 2 * (static_cast<int>(spot.grid.PupilRayCount) + 1));
 
-  // A ray that cannot reach the focal surface ends the drawing, labels untouched.
+  // A ray that cannot reach the focal surface ends the drawing with no new
+  // numbers (the window keeps the old labels) but with what was plotted so far.
   s.focalRadius = "1";  // a focal sphere smaller than the spot
-  const SpotLabels before = spot.labels;
-  EXPECT_EQ(spot.Draw(t.d, s, nullptr), kRayTraceError);
-  EXPECT_EQ(spot.labels.lbldiamrms, before.lbldiamrms);
+  const SpotResult failed = ComputeSpot(t.d, s);
+  EXPECT_EQ(failed.error, kRayTraceError);
+  EXPECT_FALSE(failed.drawn);
+  EXPECT_EQ(failed.SpotDiameter, 123.0);
+  EXPECT_LT(failed.plotted.size(), static_cast<std::size_t>(spot.grid.PupilRayCount + 1));
   s.rays = "999";
-  EXPECT_EQ(spot.Draw(t.d, s, nullptr), kCheckDataError);
+  EXPECT_EQ(ComputeSpot(t.d, s).error, kCheckDataError);
 }
 
 TEST(SpotDiagram, FirstXFieldDrawingIsAHalfPupil) {
@@ -179,12 +205,16 @@ TEST(SpotDiagram, FirstXFieldDrawingIsAHalfPupil) {
   s.field = 1;
   s.angleY = "0";
   s.angleX = "0.1";
-  SpotDiagram spot;
+  SpotResult spot;
   ASSERT_EQ(t.d.UncenteredFlag, 0.0f);
-  ASSERT_EQ(spot.Draw(t.d, s, nullptr), "");
-  EXPECT_EQ(t.d.UncenteredFlag, 1.0f);
+  spot = ComputeSpot(t.d, s);
+  ASSERT_EQ(spot.error, "");
+  EXPECT_EQ(t.d.UncenteredFlag, 0.0f);  // the design is only read: the caller raises the flag
+  ASSERT_TRUE(spot.raiseUncenteredFlag);
+  t.d.UncenteredFlag = 1;
   EXPECT_EQ(spot.GoodRays, 64.0f);  // built as half, not mirrored
-  ASSERT_EQ(spot.Draw(t.d, s, nullptr), "");
+  spot = ComputeSpot(t.d, s);
+  ASSERT_EQ(spot.error, "");
   EXPECT_EQ(spot.GoodRays, 127.0f);  // the flag stays raised: a whole pupil
 }
 
@@ -197,8 +227,9 @@ TEST(SpotDiagram, ColoursShareTheFirstCheckedChiefRay) {
   s.field = 1;
   s.angleY = "1";
   s.checked = {true, true, false, false, false, false};
-  SpotDiagram spot;
-  ASSERT_EQ(spot.Draw(t.d, s, nullptr), "");
+  SpotResult spot;
+  spot = ComputeSpot(t.d, s);
+  ASSERT_EQ(spot.error, "");
   const int good = static_cast<int>(spot.GoodRays);
   double mean_dy[3] = {0, 0, 0};
   int n[3] = {0, 0, 0};

@@ -32,8 +32,8 @@ Spot Draw(DesignState& d, double bfl, const char* rays = "1300", int field = 0,
   s.angleY = angle_y;
   s.focalRadius = focal_radius;
   s.actualBfl = PlainDecimal(bfl);
-  SpotDiagram spot;
-  EXPECT_EQ(spot.Draw(d, s, nullptr), "");
+  const SpotResult spot = ComputeSpot(d, s);
+  EXPECT_EQ(spot.error, "");
   EXPECT_GT(spot.GoodRays, 0.0f);
   return {spot.RmsRadius, spot.ChiefHeight};
 }

@@ -27,16 +27,15 @@ inline Written Write(const Plan& p) {
 
 // The RMS radius of the spot at the field angle (0: on the axis), focus at
 // the back focus to three decimals on a focal surface of the given radius, 1300 rays of wavelength 1.
-inline double OnAxisRms(DesignState& d, double angle_deg, double focal_radius = 0) {
+inline double OnAxisRms(const DesignState& d, double angle_deg, double focal_radius = 0) {
   SpotSettings s;
   s.rays = "1300";
   s.field = angle_deg > 0 ? 1 : 0;
   s.angleY = PlainDecimal(angle_deg);
   s.actualBfl = FormatFixed(d.Bfl, 3);
   s.focalRadius = PlainDecimal(focal_radius);
-  SpotDiagram spot;
-  const std::string error = spot.Draw(d, s, nullptr);
-  if (!error.empty() || spot.GoodRays <= 0) return 1e9;
+  const SpotResult spot = ComputeSpot(d, s);
+  if (!spot.error.empty() || spot.GoodRays <= 0) return 1e9;
   return spot.RmsRadius;
 }
 

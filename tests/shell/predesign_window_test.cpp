@@ -70,12 +70,12 @@ QString Shown(QWidget* parent, const QString& name) {
 
 // The on-axis RMS spot radius of the design as the spot window first draws it,
 // in units of the Airy radius.
-double SpotInAiry(DesignState& d) {
+double SpotInAiry(const DesignState& d) {
   SpotSettings s;
   s.rays = "1300";
   s.actualBfl = FormatFixed(d.Bfl, 3);
-  SpotDiagram spot;
-  if (!spot.Draw(d, s, nullptr).empty()) return 1e9;
+  const SpotResult spot = ComputeSpot(d, s);
+  if (!spot.error.empty()) return 1e9;
   return spot.RmsRadius / (1.22 * d.Wavelength[0] / 1000.0 * std::fabs(d.Efl) / (2 * d.EntrBeamSemiDiam));
 }
 

@@ -338,9 +338,7 @@ class ShellTest : public QObject {
 
     Click(spot, "Update");
     // The window shows what the engine computes for the same settings.
-    SpotDiagram engine;
-    DesignState copy = s->design;
-    engine.Draw(copy, spot->Settings(), nullptr);
+    const SpotResult engine = ComputeSpot(s->design, spot->Settings());
     QCOMPARE(spot->findChild<QLabel*>("lbldiamrms")->text(), QString::fromStdString(engine.labels.lbldiamrms));
     QCOMPARE(spot->findChild<QLabel*>("Lblraggitot")->text(), QString::fromStdString(engine.labels.Lblraggitot));
     QVERIFY(!spot->findChild<PlotView*>("Picturespot")->plot().empty());
@@ -348,7 +346,7 @@ class ShellTest : public QObject {
     Click(spot, "Command1");  // autofocus: the focus at 4 decimals, then a drawing
     const double focus = actual->text().toDouble();
     QCOMPARE(actual->text(), QString::fromStdString(FormatFixed(focus, 4)));
-    QVERIFY(spot->spot().RmsRadius <= engine.RmsRadius);
+    QVERIFY(spot->result().RmsRadius <= engine.RmsRadius);
     Click(spot, "Command1");
     QCOMPARE(actual->text().toDouble(), focus);
 
@@ -383,7 +381,7 @@ class ShellTest : public QObject {
     QVERIFY(w->layout().rays.empty());
 
     // A rectangle dragged on the picture becomes the view; UNZOOM brings the frame back.
-    auto* plot = w->findChild<PlotView*>("Picturespot");
+    auto* plot = w->findChild<PlotView*>("Picture1");
     emit plot->rectangleChosen(-10, 50, 100, -50);
     QCOMPARE(w->view().right, 100.0);
     Click(w, "CmdZoomOut");

@@ -4,25 +4,18 @@
 #include <limits>
 
 #include "core/number_text.h"
+#include "core/optics_math.h"
 
 namespace ovrin {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979;
 constexpr int kGridClear = 15600;  // entries cleared before a grid is built
 constexpr int kLastIndex = kPupilArraySize - 1;
 
 const Rgb kBlack{0, 0, 0};
-const Rgb kWhite{255, 255, 255};
 
-Rgb Background(int index) {
-  switch (index) {
-    case 1: return kBlack;
-    case 2: return {230, 230, 230};
-    default: return kWhite;
-  }
-}
+Rgb Background(int index) { return PlotBackground(index); }
 
 struct GridFault {};
 
@@ -49,7 +42,8 @@ bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g) {
   g.PupilRadius = static_cast<float>(d.EntrBeamSemiDiam);
   const double radius = g.PupilRadius;
   if (div <= 0 || !(radius > 0) || !std::isfinite(radius)) return false;
-  const double step = radius / div;
+  // The step is a 32-bit quotient of the 32-bit radius and the 16-bit divisor.
+  const float step = g.PupilRadius / static_cast<float>(div);
   const double limit2 = radius * radius + 0.1;  // an absolute tolerance, not scaled with the pupil
   int counter = 1;
   // The loops advance as counted loops do: by adding the step to the running value.
@@ -76,7 +70,16 @@ bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g) {
   return true;
 }
 
-SpotDiagram::SpotDiagram()
+SpotScale SpotScaleOf(const std::string& zoom_text) {
+  double zoom = ParseLeadingNumber(zoom_text);
+  if (zoom_text.empty() || zoom == 0 || !std::isfinite(zoom)) zoom = 1;
+  SpotScale sc;
+  sc.ZoomFactor = static_cast<float>(1.0 / std::fabs(zoom));
+  sc.MmPerPlotUnit = sc.ZoomFactor / 500.0f;
+  return sc;
+}
+
+SpotResult::SpotResult()
     : SpotY(kPupilArraySize),
       SpotX(kPupilArraySize),
       SpotWeight(kPupilArraySize),
@@ -84,168 +87,212 @@ SpotDiagram::SpotDiagram()
       SpotDY(kPupilArraySize),
       SpotDX(kPupilArraySize) {}
 
-void SpotDiagram::TraceSpotBundle(const DesignState& d, Tracer& t, int k, double focal_radius,
-                                  double actual_bfl, const SpotSettings& s, Canvas* canvas, Rgb vign_ink) {
+namespace {
+
+// The values of the window's boxes the trace runs on.
+struct SpotRun {
+  double focal_radius = 0;
+  double actual_bfl = 0;
+  double angle_y = 0, angle_x = 0;  // radians
+  bool raise_flag = false;          // an X angle was typed
+};
+
+SpotRun RunOf(const SpotSettings& s) {
+  SpotRun run;
+  if (s.field == 1) {
+    run.angle_y = kPi / 180 * ParseLeadingNumber(s.angleY);
+    const double typed_x = ParseLeadingNumber(s.angleX);
+    run.angle_x = kPi / 180 * typed_x;
+    run.raise_flag = typed_x != 0;
+  }
+  run.focal_radius = ParseLeadingNumber(s.focalRadius);
+  run.actual_bfl = ParseLeadingNumber(s.actualBfl);
+  return run;
+}
+
+// The standard trace of the pupil list for wavelength k: counts, stores and
+// lists the rays to plot.
+void TraceSpotBundle(const DesignState& d, Tracer& t, int k, const SpotRun& run, bool keep_stopped, SpotResult& r) {
   SurfaceLoopPolicy policy;
   policy.wavelength = k;
   policy.testAperture = true;
   policy.apertureMargin = 0.1;
-  const Rgb color = d.WlColor[k];
   // The weight table is read at the wavelength's own number.
   const float weight = d.WlWeight[k];
-  const bool centred = d.UncenteredFlag == 0;
-  const int last = static_cast<int>(grid.PupilRayCount);
+  const int last = static_cast<int>(r.grid.PupilRayCount);
   for (int i = 0; i <= last; ++i) {
-    t.RayX = grid.PupilX[i];
-    t.RayY = grid.PupilY[i];
+    t.RayX = r.grid.PupilX[i];
+    t.RayY = r.grid.PupilY[i];
     t.RayZ = 0.0;
     t.StartRay();
     t.TraceSurfaces(policy);
     const bool stopped = t.RayVignetted;
     if (stopped) {
-      VignRays += 1;
+      r.VignRays += 1;
     } else {
-      GoodRays += 1;
+      r.GoodRays += 1;
     }
-    t.TraceToImage(actual_bfl, focal_radius);
-    RayCounter += 1;
-    if (RayCounter == 1) {
-      SpotY[0] = t.RayY;
-      SpotX[0] = t.RayX;
+    t.TraceToImage(run.actual_bfl, run.focal_radius);
+    r.RayCounter += 1;
+    if (r.RayCounter == 1) {
+      r.SpotY[0] = t.RayY;
+      r.SpotX[0] = t.RayX;
     }
     if (!stopped) {
-      const int at = static_cast<int>(GoodRays);
+      const int at = static_cast<int>(r.GoodRays);
       if (at > kLastIndex) throw TraceError();
-      SpotY[at] = t.RayY;
-      SpotX[at] = t.RayX;
-      SpotWeight[at] = weight;
-      SpotWl[at] = static_cast<int8_t>(k);
+      r.SpotY[at] = t.RayY;
+      r.SpotX[at] = t.RayX;
+      r.SpotWeight[at] = weight;
+      r.SpotWl[at] = static_cast<int8_t>(k);
     }
-    if (canvas && (!stopped || s.plotVignetted)) {
-      const double px = (t.RayX - SpotX[0]) / MmPerPlotUnit;
-      const double py = (t.RayY - SpotY[0]) / MmPerPlotUnit;
-      const Rgb ink = stopped ? vign_ink : color;
-      canvas->Point(px, py, ink);
-      if (centred) canvas->Point(-px, py, ink);
-    }
+    if (!stopped || keep_stopped)
+      r.plotted.push_back({t.RayX - r.SpotX[0], t.RayY - r.SpotY[0], static_cast<int8_t>(k), stopped});
   }
 }
 
-std::string SpotDiagram::Draw(DesignState& d, const SpotSettings& s, Canvas* canvas) {
-  drawn = false;
-  const Rgb back = Background(s.background);
-  if (canvas) {
-    canvas->Window(-190, 144, 190, -124);
-    canvas->Clear(back);
-  }
-  std::fill(SpotY.begin(), SpotY.end(), 0.0);
-  std::fill(SpotX.begin(), SpotX.end(), 0.0);
-  if (!BuildPupilGrid(d, PupilGridDivOf(s.rays), grid)) return kCheckDataError;
-
-  double zoom = ParseLeadingNumber(s.zoom);
-  if (s.zoom.empty() || zoom == 0 || !std::isfinite(zoom)) zoom = 1;
-  ZoomFactor = static_cast<float>(1.0 / std::fabs(zoom));
-  MmPerPlotUnit = ZoomFactor / 500.0f;
-
-  double ay = 0, ax = 0, typed_x = 0;
-  if (s.field == 1) {
-    ay = kPi / 180 * ParseLeadingNumber(s.angleY);
-    typed_x = ParseLeadingNumber(s.angleX);
-    ax = kPi / 180 * typed_x;
-  }
-  const double norm = std::sqrt(std::cos(ay) * std::cos(ay) + std::cos(ax) * std::cos(ax) * std::sin(ay) * std::sin(ay));
+// The trace and the statistics onto a result whose grid is built; its
+// `mirrored` says whether the system counts as centred in this drawing.
+void TraceAndMeasure(const DesignState& d, const SpotSettings& s, const SpotRun& run, SpotResult& r) {
+  std::fill(r.SpotY.begin(), r.SpotY.end(), 0.0);
+  std::fill(r.SpotX.begin(), r.SpotX.end(), 0.0);
+  r.plotted.clear();
+  r.drawn = false;
+  r.error.clear();
+  const double ay = run.angle_y, ax = run.angle_x;
+  const FieldDirection field = FieldDirectionOf(ay, ax);
   Tracer t(d);
-  t.FieldCosZ = std::cos(ax) * std::cos(ay) / norm;
-  t.FieldCosY = std::cos(ax) * std::sin(ay) / norm;
-  t.FieldCosX = std::sin(ax) * std::cos(ay) / norm;
+  t.FieldCosZ = field.cosZ;
+  t.FieldCosY = field.cosY;
+  t.FieldCosX = field.cosX;
   t.ObjHeight = d.HalfFieldY;
-  // The grid was built before this: a first X-field drawing has half a pupil.
-  if (typed_x != 0) d.UncenteredFlag = 1;
-  const double focal_radius = ParseLeadingNumber(s.focalRadius);
-  const double actual_bfl = ParseLeadingNumber(s.actualBfl);
 
-  const Rgb ink = s.background == 1 ? kWhite : kBlack;
-  labels.scale = FormatFixed(static_cast<double>(MmPerPlotUnit * 190.0f), 3);
-  labels.Lbldiamairy = FormatFixed(2 * d.AiryRadius, 6);
-  if (canvas) {
-    canvas->Line(-175, -90, -175, 100, ink, 2);
-    canvas->Text(-185, -93, labels.scale, ink);
-    canvas->Circle(170, -100, d.AiryRadius / MmPerPlotUnit, ink);
-  }
-
-  RayCounter = VignRays = GoodRays = 0;
+  r.RayCounter = r.VignRays = r.GoodRays = 0;
   try {
     for (int k = 1; k <= 6; ++k)
-      if (s.checked[k - 1]) TraceSpotBundle(d, t, k, focal_radius, actual_bfl, s, canvas, kBlack);
+      if (s.checked[k - 1]) TraceSpotBundle(d, t, k, run, s.plotVignetted, r);
   } catch (const TraceError&) {
-    return kRayTraceError;
+    r.error = kRayTraceError;
+    return;
   }
-  if (GoodRays == 0) return {};
+  if (r.GoodRays == 0) return;
 
-  int good = static_cast<int>(GoodRays);
-  if (d.UncenteredFlag == 0) {
+  int good = static_cast<int>(r.GoodRays);
+  if (r.mirrored) {
     // The mirror image of the half pupil; k = 0 puts the chief ray, weight 0,
     // over the last stored ray.
-    if (2 * good > kLastIndex) return kRayTraceError;
-    for (int k = 0; k <= good; ++k) {
-      SpotY[good + k] = SpotY[k];
-      SpotX[good + k] = -SpotX[k];
-      SpotWeight[good + k] = SpotWeight[k];
-      SpotWl[good + k] = SpotWl[k];
+    if (2 * good > kLastIndex) {
+      r.error = kRayTraceError;
+      return;
     }
-    GoodRays *= 2;
-    VignRays *= 2;
+    for (int k = 0; k <= good; ++k) {
+      r.SpotY[good + k] = r.SpotY[k];
+      r.SpotX[good + k] = -r.SpotX[k];
+      r.SpotWeight[good + k] = r.SpotWeight[k];
+      r.SpotWl[good + k] = r.SpotWl[k];
+    }
+    r.GoodRays *= 2;
+    r.VignRays *= 2;
     good *= 2;
   }
 
   double ymax = -100000, ymin = 100000, xmax = -100000, xmin = 100000;
   for (int i = 0; i <= good; ++i) {
-    ymax = std::max(ymax, SpotY[i]);
-    ymin = std::min(ymin, SpotY[i]);
-    xmax = std::max(xmax, SpotX[i]);
-    xmin = std::min(xmin, SpotX[i]);
+    ymax = std::max(ymax, r.SpotY[i]);
+    ymin = std::min(ymin, r.SpotY[i]);
+    xmax = std::max(xmax, r.SpotX[i]);
+    xmin = std::min(xmin, r.SpotX[i]);
   }
   const double dy = std::fabs(ymax - ymin), dx = std::fabs(xmax - xmin);
-  if (dy < dx) SpotDiameter = dx;
-  else if (dy > dx) SpotDiameter = dy;
+  r.SpotDiameter = s.previousSpotDiameter;
+  if (dy < dx) r.SpotDiameter = dx;
+  else if (dy > dx) r.SpotDiameter = dy;
 
   double sw = 0, swy = 0, swx = 0;
   for (int i = 0; i <= good; ++i) {
-    SpotDY[i] = SpotY[i] - SpotY[0];
-    SpotDX[i] = SpotX[i] - SpotX[0];
-    const double w = SpotWeight[i];
+    r.SpotDY[i] = r.SpotY[i] - r.SpotY[0];
+    r.SpotDX[i] = r.SpotX[i] - r.SpotX[0];
+    const double w = r.SpotWeight[i];
     sw += w;
-    swy += w * SpotDY[i];
-    swx += w * SpotDX[i];
+    swy += w * r.SpotDY[i];
+    swx += w * r.SpotDX[i];
   }
   const double cy = swy / sw, cx = swx / sw;
   double vy = 0, vx = 0;
   for (int i = 0; i <= good; ++i) {
-    const double w = SpotWeight[i];
-    vy += w * (SpotDY[i] - cy) * (SpotDY[i] - cy);
-    vx += w * (SpotDX[i] - cx) * (SpotDX[i] - cx);
+    const double w = r.SpotWeight[i];
+    vy += w * (r.SpotDY[i] - cy) * (r.SpotDY[i] - cy);
+    vx += w * (r.SpotDX[i] - cx) * (r.SpotDX[i] - cx);
   }
-  RmsRadius = std::sqrt(vy / sw + vx / sw);
-  ChiefHeight = std::sqrt(SpotY[0] * SpotY[0] + SpotX[0] * SpotX[0]);
-  if (SpotY[0] < 0) ChiefHeight = -ChiefHeight;
-  VignPercent = VignRays / (GoodRays + VignRays) * 100.0;
+  r.RmsRadius = std::sqrt(vy / sw + vx / sw);
+  r.ChiefHeight = std::sqrt(r.SpotY[0] * r.SpotY[0] + r.SpotX[0] * r.SpotX[0]);
+  if (r.SpotY[0] < 0) r.ChiefHeight = -r.ChiefHeight;
+  r.VignPercent = r.VignRays / (r.GoodRays + r.VignRays) * 100.0;
+  r.drawn = true;
+}
 
-  labels.lbldiamspot = FormatFixed(SpotDiameter, 5);
-  labels.lbldiamrms = FormatFixed(RmsRadius, 5);
-  labels.lblaltezza = FormatFixed(ChiefHeight, 3);
-  labels.Lblpercentvig = FormatFixed(VignPercent, 2);
+void FillLabels(SpotResult& r) {
+  SpotLabels& l = r.labels;
+  l.lbldiamspot = FormatFixed(r.SpotDiameter, 5);
+  l.lbldiamrms = FormatFixed(r.RmsRadius, 5);
+  l.lblaltezza = FormatFixed(r.ChiefHeight, 3);
+  l.Lblpercentvig = FormatFixed(r.VignPercent, 2);
   auto count = [](double v) { return std::to_string(static_cast<long long>(v)); };
-  if (d.UncenteredFlag == 0) {
+  if (r.mirrored) {
     // The doubled counters, and a total of twice their sum.
-    labels.Lblraggitot = count(2 * (static_cast<double>(GoodRays) + VignRays));
-    labels.Lblragginonvig = count(GoodRays);
+    l.Lblraggitot = count(2 * (static_cast<double>(r.GoodRays) + r.VignRays));
+    l.Lblragginonvig = count(r.GoodRays);
   } else {
-    labels.Lblraggitot = count(static_cast<double>(GoodRays) + VignRays + 1);
-    labels.Lblragginonvig = count(static_cast<double>(GoodRays) + 1);
+    l.Lblraggitot = count(static_cast<double>(r.GoodRays) + r.VignRays + 1);
+    l.Lblragginonvig = count(static_cast<double>(r.GoodRays) + 1);
   }
-  labels.Lblraggivig = count(VignRays);
-  drawn = true;
-  return {};
+  l.Lblraggivig = count(r.VignRays);
+}
+
+}  // namespace
+
+SpotResult ComputeSpot(const DesignState& d, const SpotSettings& s) {
+  SpotResult r;
+  r.AiryRadius = d.AiryRadius;
+  for (int k = 1; k <= 6; ++k) r.colors[k] = d.WlColor[k];
+  r.SpotDiameter = s.previousSpotDiameter;
+  if (!BuildPupilGrid(d, PupilGridDivOf(s.rays), r.grid)) {
+    r.error = kCheckDataError;
+    return r;
+  }
+  const SpotScale sc = SpotScaleOf(s.zoom);
+  r.ZoomFactor = sc.ZoomFactor;
+  r.MmPerPlotUnit = sc.MmPerPlotUnit;
+  r.labels.scale = FormatFixed(static_cast<double>(r.MmPerPlotUnit * 190.0f), 3);
+  r.labels.Lbldiamairy = FormatFixed(2 * d.AiryRadius, 6);
+
+  const SpotRun run = RunOf(s);
+  // The grid was built before this: a first X-field drawing has half a pupil.
+  r.raiseUncenteredFlag = run.raise_flag;
+  r.mirrored = d.UncenteredFlag == 0 && !run.raise_flag;
+  r.gridBuilt = true;
+  TraceAndMeasure(d, s, run, r);
+  if (r.drawn) FillLabels(r);
+  return r;
+}
+
+void DrawSpot(const SpotResult& r, const SpotSettings& s, Canvas& canvas) {
+  canvas.Window(-190, 144, 190, -124);
+  canvas.Clear(Background(s.background));
+  if (!r.gridBuilt) return;
+  const SpotScale sc = SpotScaleOf(s.zoom);
+  const Rgb ink = PlotInk(s.background);
+  canvas.Line(-175, -90, -175, 100, ink, 2);
+  canvas.Text(-185, -93, FormatFixed(static_cast<double>(sc.MmPerPlotUnit * 190.0f), 3) + " mm", ink);
+  canvas.Circle(170, -100, r.AiryRadius / sc.MmPerPlotUnit, ink);
+  // Stopped rays are black whatever the background.
+  for (const SpotResult::Plotted& p : r.plotted) {
+    const double px = p.dx / sc.MmPerPlotUnit;
+    const double py = p.dy / sc.MmPerPlotUnit;
+    const Rgb color = p.stopped ? kBlack : r.colors[p.wl];
+    canvas.Point(px, py, color);
+    if (r.mirrored) canvas.Point(-px, py, color);
+  }
 }
 
 // ---------------------------------------------------------------------------
@@ -253,24 +300,31 @@ std::string SpotDiagram::Draw(DesignState& d, const SpotSettings& s, Canvas* can
 
 namespace {
 
-// The on-axis RMS radius at a focus shift from Bfl.
+// The on-axis RMS radius at a focus shift from Bfl. The grid is built once;
+// each step traces it again at the new focus.
 class FocusMerit {
  public:
   FocusMerit(const DesignState& d, const SpotSettings& s) : d_(d), s_(s) {
     s_.field = 0;
+    run_ = RunOf(s_);
+    ok_ = BuildPupilGrid(d_, PupilGridDivOf(s_.rays), r_.grid);
+    r_.mirrored = d_.UncenteredFlag == 0;
   }
   double operator()(double shift) {
-    s_.actualBfl = PlainDecimal(d_.Bfl + shift);
-    const std::string error = spot_.Draw(d_, s_, nullptr);
-    if (!error.empty()) throw TraceError();
-    if (!spot_.drawn) return std::numeric_limits<double>::infinity();
-    return spot_.RmsRadius;
+    if (!ok_) throw TraceError();
+    run_.actual_bfl = d_.Bfl + shift;
+    TraceAndMeasure(d_, s_, run_, r_);
+    if (!r_.error.empty()) throw TraceError();
+    if (!r_.drawn) return std::numeric_limits<double>::infinity();
+    return r_.RmsRadius;
   }
 
  private:
-  DesignState d_;  // a copy: the search leaves the design alone
+  const DesignState& d_;
   SpotSettings s_;
-  SpotDiagram spot_;
+  SpotRun run_;
+  SpotResult r_;
+  bool ok_ = false;
 };
 
 }  // namespace

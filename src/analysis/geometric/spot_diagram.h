@@ -51,35 +51,49 @@ struct SpotSettings {
   int background = 0;                // Combo1: 0 "White", 1 "Black", 2 "Grey"
   // The design window's half-field angle boxes, read at drawing time.
   std::string angleY = "0", angleX = "0";
+  // The spot diameter of the window's last drawing: a spot whose two spreads
+  // are exactly equal keeps it.
+  double previousSpotDiameter = 0;
 };
 
 // The numbers the window shows; they keep their text when a drawing fails.
 struct SpotLabels {
   std::string lbldiamrms, lbldiamspot, lblaltezza, Lblpercentvig;
   std::string Lblraggitot, Lblragginonvig, Lblraggivig, Lbldiamairy;
-  std::string scale;  // the scale line's value
+  std::string scale;  // the scale line's value, in mm
 };
 
-// The working values of the spot window, kept from one drawing to the next.
-class SpotDiagram {
- public:
-  SpotDiagram();
+// The plot scale of a zoom text: a plot unit is 0.002 / |zoom| mm.
+struct SpotScale {
+  float ZoomFactor = 1, MmPerPlotUnit = 0.002f;
+};
+SpotScale SpotScaleOf(const std::string& zoom);
 
-  // The whole drawing onto `canvas` (may be null). Changes the design's
-  // UncenteredFlag when a full field has an X angle. Returns the failure
-  // message, empty on success or when nothing could be shown.
-  std::string Draw(DesignState& d, const SpotSettings& s, Canvas* canvas);
+// One spot diagram: every number, stored ray and label text the window shows.
+struct SpotResult {
+  SpotResult();
 
-  // --- results of the last drawing ---
-  SpotLabels labels;
-  bool drawn = false;     // a drawing got as far as the numbers
+  // The failure message (kRayTraceError, kCheckDataError), empty on success or
+  // when nothing could be shown. Whatever was traced before a failure is kept.
+  std::string error;
+  bool drawn = false;  // the drawing got as far as the numbers; only then are the labels new
+  // A full field with an X angle makes the system uncentered from now on: the
+  // caller raises the design's UncenteredFlag. This drawing was still built
+  // on the grid of the flag as it was.
+  bool raiseUncenteredFlag = false;
+  bool gridBuilt = false;  // the pupil grid was built: the picture has its scale
+  bool mirrored = false;  // a centred system: the half pupil was traced and is shown mirrored
+
+  SpotLabels labels;  // scale and Lbldiamairy always, the others when drawn
   double RmsRadius = 0;
-  double SpotDiameter = 0;  // kept when the spreads are equal
+  double SpotDiameter = 0;  // the previous one when the spreads are equal
   double ChiefHeight = 0;
   double VignPercent = 0;
   float GoodRays = 0, VignRays = 0, RayCounter = 0;
   float ZoomFactor = 1, MmPerPlotUnit = 0.002f;
   PupilGrid grid;
+  double AiryRadius = 0;
+  std::array<Rgb, 7> colors{};  // WlColor of wavelengths 1..6
 
   // Stored rays (entries 0..GoodRays after the mirroring): image coordinates,
   // weights and the wavelength of each; entry 0 is the reference chief ray.
@@ -88,10 +102,23 @@ class SpotDiagram {
   std::vector<int8_t> SpotWl;
   std::vector<double> SpotDY, SpotDX;
 
- private:
-  void TraceSpotBundle(const DesignState& d, Tracer& t, int k, double focal_radius, double actual_bfl,
-                       const SpotSettings& s, Canvas* canvas, Rgb vign_ink);
+  // The rays in the order they were plotted: mm from the reference chief ray,
+  // the wavelength, and whether the ray was stopped (plotted only with
+  // "Plot Vign.Rays").
+  struct Plotted {
+    double dx, dy;
+    int8_t wl;
+    bool stopped;
+  };
+  std::vector<Plotted> plotted;
 };
+
+// Traces the spot of the settings. The design is only read.
+SpotResult ComputeSpot(const DesignState& d, const SpotSettings& s);
+
+// The picture of a result: scale line, Airy circle and the rays, at the zoom
+// and background of `s` (a changed zoom or background needs no new trace).
+void DrawSpot(const SpotResult& r, const SpotSettings& s, Canvas& canvas);
 
 // The shift from Bfl of the focus that minimises the on-axis RMS radius of the
 // checked wavelengths (a bracket, then Brent's method to 1e-6 mm). The rays
