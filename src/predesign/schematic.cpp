@@ -169,12 +169,8 @@ void DrawAberrationCurves(const MeniscusFigures& f, Canvas& c, double width, dou
   const Rgb colors[3] = {{0, 160, 0}, {0, 0, 255}, {255, 0, 0}};
   for (std::size_t k = 0; k < f.aberration.size(); ++k) {
     const auto& curve = f.aberration[k];
-    double x0 = 0, y0 = 0;
-    for (const auto& [zone, la] : curve) {
-      c.Line(x0, y0, la, zone, colors[k % 3], 2);
-      x0 = la;
-      y0 = zone;
-    }
+    for (std::size_t i = 1; i < curve.size(); ++i)
+      c.Line(curve[i - 1].second, curve[i - 1].first, curve[i].second, curve[i].first, colors[k % 3], 2);
   }
   c.Text(-span * 0.95, 1.12, "LA  +-" + FormatFixed(span, 4) + " mm", kInk);
 }
