@@ -72,5 +72,6 @@ std::vector<Command> DesignCommands();    // update, trace, resave, index, wavel
 std::vector<Command> AnalysisCommands();  // spot, autofocus, layout
 std::vector<Command> GeometricCommands();  // seidel, spherical, fieldcurv, rayfan
 std::vector<Command> WaveCommands();      // opd, wavefront, autofocus-opd, opdfan, versus
+std::vector<Command> PredesignCommands();  // predesign KIND
 
 }  // namespace ovrin::cli

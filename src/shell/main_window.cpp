@@ -23,6 +23,7 @@
 #include "shell/dialogs.h"
 #include "shell/layout_window.h"
 #include "shell/geometric_windows.h"
+#include "shell/predesign_windows.h"
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
 #include "shell/widgets_util.h"
@@ -78,6 +79,9 @@ void MainWindow::BuildWindows() {
   for (VersusScan scan : {VersusScan::Field, VersusScan::Focus, VersusScan::Wavelength})
     for (VersusMeasure m : {VersusMeasure::Strehl, VersusMeasure::Rms})
       windows_[VersusWindowName(scan, m)] = child([this, scan, m] { return new VersusWindow(*this, scan, m); });
+  windows_["FrmTelDes"] = child([this] { return new TelescopeChooser(*this); });
+  for (const predesign::KindSpec& k : predesign::Kinds())
+    windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -378,7 +382,7 @@ void MainWindow::BuildToolbar() {
     } else {
       const QString w = k.window;
       connect(a, &QAction::triggered, this, [this, w] { OpenWindow(w); });
-      commands_.push_back({a, w, true});
+      commands_.push_back({a, w, key != "TelDes"});
     }
     if (auto* b = qobject_cast<QToolButton*>(toolbar_->widgetForAction(a))) b->setObjectName(a->objectName());
   }
