@@ -105,8 +105,6 @@ void DrawSchematic(const Plan& p, Canvas& c, double width, double height) {
     a.insert(a.end(), b.begin(), b.end());
     c.Polygon(a, kGlass);
   }
-  // A polygon leaves its fill behind on some canvases; an empty circle clears it.
-  c.Circle(zmin, 0, 0, {255, 255, 255});
   // The marginal rays.
   const double z_start = zmin + lead * 0.3;
   for (double sgn : {1.0, -1.0}) {
