@@ -145,7 +145,7 @@ TEST(FieldCurvature, FailureEndsWithoutRows) {
   Build(t, {{2, 0, 100}, {5, -10, 0, SurfaceSpec::AirNegat}}, 2, 0);
   ASSERT_TRUE(t.Update().ok);
   FieldCurvSettings s;
-  s.angleY = "80";
+  s.angleY = std::to_string(80);
   const FieldCurvResult r = ComputeFieldCurvature(t.d, s);
   EXPECT_TRUE(r.failed);
   EXPECT_EQ(r.rowsDone, 0);
