@@ -70,5 +70,6 @@ struct Command {
 // The table, in the order the help lists them.
 std::vector<Command> DesignCommands();    // update, trace, resave, index, wavelengths
 std::vector<Command> AnalysisCommands();  // spot, autofocus, layout
+std::vector<Command> OptimiseCommands();  // merit, optimise
 
 }  // namespace ovrin::cli
