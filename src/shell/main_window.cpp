@@ -22,6 +22,7 @@
 #include "shell/design_window.h"
 #include "shell/dialogs.h"
 #include "shell/layout_window.h"
+#include "shell/optimise_window.h"
 #include "shell/spot_window.h"
 #include "shell/widgets_util.h"
 
@@ -67,6 +68,7 @@ void MainWindow::BuildWindows() {
   windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
   windows_["FrmGuida"] = child([this] { return new HelpBook(this); });
   windows_["Frmlayout"] = child([this] { return new LayoutWindow(*this); });
+  windows_["FrmOpt"] = child([this] { return new OptimiseWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -191,6 +193,8 @@ void MainWindow::BuildMenus() {
   AddEntry(edit, "MnuEditTilt", "TILT/ DECENTER", "FrmTilt", true);
   AddEntry(edit, "MnuEditWL", "WaveLengths", "FrmWL", true);
   AddEntry(edit, "MnuEnvCond", "Environmental Conditions", "FrmEnvCond", true);
+  AddEntry(edit, "MnuEditRestoreOpt", "Restore design from before the run", {}, true,
+           [this] { RestoreDesignBeforeRun(*this); });
 
   QMenu* tools = bar->addMenu("&Tools");
   tools->setObjectName("MnuTools");
