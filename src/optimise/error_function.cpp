@@ -103,6 +103,7 @@ void RefreshOptimiseSheet(OptimiseSheet& s, const DesignState& d) {
     for (int i = 1; i <= n; ++i) s.cells[i][0] = " " + std::to_string(i);
     s.cells[n + 1] = img;
     s.cells[n + 1][0] = "Img";
+    if (n >= 1) s.cells[n][4].clear();  // a new last surface: its target anew
   }
   for (int k = 0; k < 6; ++k) {
     s.checkCaption[k] = FormatFixed(d.Wavelength[k], 4);
@@ -122,9 +123,10 @@ void RefreshOptimiseSheet(OptimiseSheet& s, const DesignState& d) {
     s.cells[i][6] = ShortestText(d.Conic[i]);
     if (i < n) s.cells[i][4] = FormatFixed(d.Thickness[i], 4);
   }
-  // The last thickness is derived by the update: its cell shows the back focal
-  // length, the target of a fixed or variable back focal length.
-  if (n >= 1) s.cells[n][4] = FormatFixed(d.Bfl, 4);
+  // The last thickness is derived by the update: its cell holds the target of
+  // the back focal length, the present one until the user types another, and
+  // a refresh keeps what was typed.
+  if (n >= 1 && s.cells[n][4].empty()) s.cells[n][4] = FormatFixed(d.Bfl, 4);
   s.Label9 = FormatFixed(d.Efl, 3);
 }
 

@@ -72,7 +72,8 @@ struct OptimiseSheet {
 void LoadOptimiseSheet(OptimiseSheet& s, const DesignState& d);
 // The refresh on activation and after every iteration: wavelength captions,
 // half-diameters, radii (a radius beyond 11111111 as 0), thicknesses, conics
-// and the focal length label. Marks and the image radius stay.
+// and the focal length label. Marks, the back focal length target and the
+// image radius stay.
 void RefreshOptimiseSheet(OptimiseSheet& s, const DesignState& d);
 // The cell editor's text back into its cell.
 void CommitOptimiseCell(OptimiseSheet& s);

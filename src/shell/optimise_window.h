@@ -68,6 +68,8 @@ class OptimiseWindow : public QWidget {
   // variable windows (modal) or the cell editor.
   void ClickCell(int row, int col);
   void CommitCellEditor();
+  // txtDataEntry while it is laid over a cell, or nullptr.
+  QLineEdit* cellEditor() const { return editor_; }
 
   QTableWidget* grid() const { return grid_; }
   PlotView* picture(int i) const { return pictures_[i]; }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "core/number_text.h"
 #include "optimise/optimiser.h"
 #include "optimise_designs.h"
 
@@ -77,6 +78,13 @@ TEST(OptimiseWindowModel, DefaultsWavelengthBoxesAndTheGrid) {
   EXPECT_EQ(s.Cell(2, 2), "0.0000");  // above 11111111: shown as a plane
   EXPECT_EQ(s.Cell(1, 2), "21.2500");
   EXPECT_EQ(s.checkCaption[1], "0.4861");
+  // The back focal length cell holds the present one until a target is typed,
+  // which a refresh keeps.
+  EXPECT_EQ(s.Cell(6, 4), FormatFixed(t.d.Bfl, 4));
+  s.Cell(6, 4) = "40";
+  RefreshOptimiseSheet(s, t.d);
+  EXPECT_EQ(s.Cell(6, 4), "40");
+  EXPECT_EQ(s.Cell(5, 4), "3.0000");
   // A wavelength of value 0 cannot be chosen.
   EXPECT_FALSE(s.checkVisible[2]);
   s.checked[2] = true;

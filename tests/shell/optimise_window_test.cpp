@@ -159,6 +159,35 @@ class OptimiseWindowTest : public QObject {
     QCOMPARE(ProgramOptimiseMemory().pick.curvMinus[3], 2);
   }
 
+  void theBackFocusAndImageCellsTakeText() {
+    OptimiseWindow* w = Open();
+    QVERIFY(w);
+    // Other value cells take nothing.
+    w->ClickCell(2, 2);
+    QVERIFY(!w->cellEditor());
+    w->ClickCell(6, 4);
+    auto* editor = w->cellEditor();
+    QVERIFY(editor);
+    QCOMPARE(editor->text(), QString("42.6302"));
+    editor->setText("43.5");
+    w->CommitCellEditor();
+    QCOMPARE(w->sheet().Cell(6, 4), std::string("43.5"));
+    QCOMPARE(w->grid()->item(5, 4)->text(), QString("43.5"));
+    // An open edit is taken in when the run starts.
+    w->ClickCell(7, 2);
+    editor = w->cellEditor();
+    QVERIFY(editor);
+    editor->setText("-600");
+    w->findChild<QLineEdit*>("Text1")->setText("1");
+    QSignalSpy ended(w, &OptimiseWindow::runEnded);
+    w->Optimise();
+    QCOMPARE(w->sheet().Cell(7, 2), std::string("-600"));
+    QVERIFY(ended.wait(10000));
+    // With no variable nothing moves, and the back focal length term pulls at nothing.
+    QCOMPARE(w->run()->varCount(), 0);
+    QCOMPARE(w->run()->stop(), RunStop::Iterations);
+  }
+
   void runsStopsAndRestoresWhileTheWindowStaysResponsive() {
     OptimiseWindow* w = Open();
     QVERIFY(w);
