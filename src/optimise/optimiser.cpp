@@ -138,6 +138,8 @@ OptimiseRun::OptimiseRun(DesignState& d, DesignSheet& sheet, MediaResolver& medi
   // 0 means 10; a negative count would never be reached and means 10 as well.
   if (maxIterations_ <= 0) maxIterations_ = 10;
   CommitOptimiseCell(opt_);
+  // A window model of another surface count is brought to this design first.
+  if (opt_.SurfCount() != d_.SurfCount) RefreshOptimiseSheet(opt_, d_);
   ctx_ = std::make_unique<ErrorContext>(d_);
   ctx_->Configure(opt_);
   targetEfl_ = Number(opt_.Text2);
