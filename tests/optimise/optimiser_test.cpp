@@ -125,6 +125,31 @@ TEST(OptimiseRun, LowersTheMeritOfASpoiledTripletWithItsSixCurvatures) {
   EXPECT_NEAR(m.ErrorBase, e.back(), 0.05 * e.back());
 }
 
+TEST(OptimiseRun, TheWavefrontModeAndTheBestFocusRunToo) {
+  for (int variant = 0; variant < 2; ++variant) {
+    RunSetup r;
+    BuildTriplet(r.t, -120.0, 160.0);
+    ASSERT_TRUE(r.t.Update().ok);
+    r.opt = WindowOn(r.t);
+    MarkAllCurvatures(r.opt, 6);
+    r.opt.Text1 = "4";
+    if (variant == 0) {
+      r.opt.Option1 = false;
+      r.opt.Option2 = true;
+    } else {
+      r.opt.OptionParaxial = false;
+      r.opt.OptionBestFocal = true;
+      r.opt.OptionGaussian = false;
+      r.opt.OptionSquare = true;
+    }
+    OptimiseRun run(r.t.d, r.t.sheet, r.t.media, r.opt, r.pick);
+    run.RunAll();
+    EXPECT_EQ(run.stop(), RunStop::Iterations) << variant << " " << run.message();
+    EXPECT_EQ(run.focusMessage(), "");
+    EXPECT_LT(run.errors().back(), 0.8 * run.errors().front()) << variant;
+  }
+}
+
 TEST(OptimiseRun, ADesignAtItsOptimumDoesNotGetWorse) {
   RunSetup r;
   BuildParaboloid(r.t, -1.0);
