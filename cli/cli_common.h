@@ -70,6 +70,8 @@ struct Command {
 // The table, in the order the help lists them.
 std::vector<Command> DesignCommands();    // update, trace, resave, index, wavelengths
 std::vector<Command> AnalysisCommands();  // spot, autofocus, layout
+std::vector<Command> GeometricCommands();  // seidel, spherical, fieldcurv, rayfan
+std::vector<Command> WaveCommands();      // opd, wavefront, autofocus-opd, opdfan, versus
 std::vector<Command> OptimiseCommands();  // merit, optimise
 
 }  // namespace ovrin::cli

@@ -31,7 +31,8 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
 
   std::map<CLI::App*, Runner> runners;
-  for (const auto& table : {DesignCommands(), AnalysisCommands(), OptimiseCommands()}) {
+  for (const auto& table : {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(),
+                            OptimiseCommands()}) {
     for (const Command& c : table) {
       CLI::App* sub = app.add_subcommand(c.name, c.help);
       runners[sub] = c.setup(*sub);

@@ -111,6 +111,46 @@ const Chapter kChapters[] = {
      "traced over the whole pupil, and there the total is the sum of the two (with the chief ray).</p>"
      "<p>A new zoom number redraws the rays already traced when Enter is pressed; <b>Update</b> traces "
      "anew.</p>"},
+    {"Seidel", "Paraxial analysis and Seidel sums",
+     "<h3>Paraxial analysis and third-order aberrations</h3><p>Two paraxial rays of the first wavelength, "
+     "the marginal ray at the edge of the entrance beam and the chief ray at the field angle (the larger of "
+     "the two angle boxes), are traced through the surfaces; tilts and decenters are ignored. Each button "
+     "prints one table: <b>Paraxial SETUP</b> (focal length, image distance and height, F-number, "
+     "Lagrange invariant, pupils, Petzval radius), <b>Parax. RAY-TRACE</b> (heights and angles of both rays "
+     "at each surface and at the image), and the <b>SEIDEL</b> sums surface by surface with their totals, "
+     "also as <b>TRANSVERSAL</b> and <b>LONGITUDINAL</b> aberrations.</p><p>A conic or high-order surface "
+     "adds a row <b>[Asph.Contr.]</b> for its aspheric part: on a paraboloid it cancels the sphere's "
+     "spherical aberration. A high-order surface takes only its A4 term here, never its conic. The "
+     "longitudinal sum shows the tangential coma, the transversal sum the sagittal coma. An afocal system "
+     "gives very large longitudinal values. The tables need a field: with no angle (or no object height "
+     "for a near object) the window says so and closes. <b>Copy</b> and <b>Save as text</b> take the "
+     "table for notes or a spreadsheet.</p>"},
+    {"Spherical", "Spherical aberration and O.S.C.",
+     "<h3>Spherical aberration and O.S.C.</h3><p>Real rays in the meridional plane through 20 zones above "
+     "and 20 below the axis, for every wavelength in use. The left graph is the longitudinal spherical "
+     "aberration: where each zone crosses the axis, from the reference B.F.L. in <b>Actual B.F.L.</b>, "
+     "against the zone in % of the pupil radius. The right graph is the transversal aberration in that "
+     "plane; zones stopped by an aperture or a central obstruction are drawn in light grey. <b>Max "
+     "Scale</b> fixes the longitudinal half-range (0 automatic; a negative value flips the graph).</p>"
+     "<p>The table is the Offense against the Sine Condition, which measures coma near the axis, for zones "
+     "from 10 % to 100 %. <b>Auto Focus</b> puts the focus of the smallest on-axis spot of the first "
+     "wavelength into the B.F.L. box; <b>Show TEXT</b> lists every zone.</p>"},
+    {"FieldCurvature", "Field curvature",
+     "<h3>Field curvature</h3><p>At ten field steps up to the full field the chief ray and two neighbours "
+     "0.0005 mm apart, one in each section, are traced as real rays; where they cross the chief ray are "
+     "the tangential (red, <b>Tan.</b>) and sagittal (blue, <b>Sag.</b>) foci, measured along the axis from "
+     "the reference plane (<b>Actual B.F.L.</b>, 0 for the paraxial focus). Their gap is the astigmatism. "
+     "The last column is the radius of a sphere through the mean of the two foci. One wavelength at a "
+     "time; a click on a wavelength or a return to the window updates it. <b>Max. Curv. SCALE</b> fixes "
+     "the half-range of the graph (0 automatic).</p>"},
+    {"RayFan", "Ray-intercept curves",
+     "<h3>Ray-intercept curves</h3><p>21 rays across the entrance pupil, in the tangential (Y) and the "
+     "sagittal (X) section, on the axis, at 70 % and at the full field: each curve shows where a ray meets "
+     "the image surface, in mm from the chief ray of the first wavelength, against its place in the pupil "
+     "(vertical, in %). Other wavelengths keep that reference, so lateral colour shifts their curves. "
+     "Each field's scale, printed at the foot, is its largest value. A system without any aberration has "
+     "nothing to scale and the update stops with a message. <b>Field Curv.Rad</b> gives a curved image "
+     "surface (0 flat).</p>"},
     {"Layout", "2D layout",
      "<h3>2D layout</h3><p>The design drawn as a section along its axis: lenses in light blue, mirrors as "
      "black lines, obstructions in red, and fans of rays of the first wavelength, green on the axis and "

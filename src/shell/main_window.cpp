@@ -22,8 +22,10 @@
 #include "shell/design_window.h"
 #include "shell/dialogs.h"
 #include "shell/layout_window.h"
+#include "shell/geometric_windows.h"
 #include "shell/optimise_window.h"
 #include "shell/spot_window.h"
+#include "shell/wave_windows.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -66,8 +68,17 @@ void MainWindow::BuildWindows() {
   windows_["Frmdati"] = child([this] { return new DesignWindow(*this); });
   windows_["FrmTilt"] = child([this] { return new TiltWindow(*this); });
   windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
+  windows_["Frmseidel1"] = child([this] { return new SeidelWindow(*this); });
+  windows_["Frmabsferica"] = child([this] { return new SphericalWindow(*this); });
+  windows_["Frmcodding"] = child([this] { return new FieldCurvatureWindow(*this); });
+  windows_["FrmRayFan"] = child([this] { return new RayFanWindow(*this); });
   windows_["FrmGuida"] = child([this] { return new HelpBook(this); });
   windows_["Frmlayout"] = child([this] { return new LayoutWindow(*this); });
+  windows_["FrmOPDfan"] = child([this] { return new OpdFanWindow(*this); });
+  windows_["FrmWFront"] = child([this] { return new WavefrontWindow(*this); });
+  for (VersusScan scan : {VersusScan::Field, VersusScan::Focus, VersusScan::Wavelength})
+    for (VersusMeasure m : {VersusMeasure::Strehl, VersusMeasure::Rms})
+      windows_[VersusWindowName(scan, m)] = child([this, scan, m] { return new VersusWindow(*this, scan, m); });
   windows_["FrmOpt"] = child([this] { return new OptimiseWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
