@@ -116,7 +116,7 @@ OVRIN_HOT bool AsphereKernel(RayVec& r, double radius, double thick, double n, d
 
   const double cx = r.cx, cy = r.cy, cz = r.cz;
   double nx, ny, nz;
-  for (;;) {  // no pass limit: the step along the ray decides
+  for (int pass = 1;; ++pass) {  // the step along the ray decides, within the pass limit
     const double r2 = x * x + y * y;
     const double rad = 1.0 - c * c * k1 * r2;
     if (!(rad >= 0.0)) [[unlikely]] return false;  // outside the conic
@@ -136,6 +136,7 @@ OVRIN_HOT bool AsphereKernel(RayVec& r, double radius, double thick, double n, d
     r.y = y;
     r.x = x;
     if (!(std::fabs(t) > 1e-8)) break;
+    if (pass == kAsphereMaxPasses) [[unlikely]] return false;  // no convergence
   }
 
   // The normal of the last pass (taken before its step) refracts the ray.
@@ -293,7 +294,7 @@ void Tracer::ParaxTraceAsphere() {
   const double k1 = CurConic + 1.0;
   const double cu = std::cos(ParaxU), su = std::sin(ParaxU);
   double y = ParaxY;
-  for (;;) {  // Newton on the incidence height, no pass limit
+  for (int pass = 1;; ++pass) {  // Newton on the incidence height
     const double rad = 1.0 - y * y * c * c * k1;
     Require(rad >= 0.0);
     const double s = std::sqrt(rad);
@@ -305,6 +306,8 @@ void Tracer::ParaxTraceAsphere() {
     y = y - e / (cu - ParaxSlope * su);
     Require(Finite(y) & Finite(ParaxSlope) & Finite(ParaxSag));
     if (std::fabs(e) < 1e-8) break;
+    // No convergence: the ray fails rather than hold the program.
+    if (pass == kAsphereMaxPasses) [[unlikely]] throw TraceError();
   }
   const double i = ParaxU + std::atan(ParaxSlope);
   ParaxSinIOut = (CurN / CurNPrime) * std::sin(i);

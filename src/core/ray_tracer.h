@@ -28,6 +28,11 @@ struct SurfaceVisit {
   void* context;
 };
 
+// Passes of the Newton iterations that find where a ray meets an asphere.
+// A ray that converges does so in a handful of passes; one that has not after
+// this many never will, and fails instead of holding the program.
+inline constexpr int kAsphereMaxPasses = 1000;
+
 class Tracer {
  public:
   explicit Tracer(const DesignState& design);
