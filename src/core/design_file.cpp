@@ -60,6 +60,23 @@ std::vector<Field> SplitRecord(std::string_view line) {
   return out;
 }
 
+// A field's text as a message can show it: control bytes (a NUL would end the
+// message early) are written as \xNN.
+std::string Visible(const std::string& text) {
+  std::string out;
+  for (unsigned char c : text) {
+    if (c < 0x20 || c == 0x7F) {
+      static const char* const hex = "0123456789ABCDEF";
+      out += "\\x";
+      out += hex[c >> 4];
+      out += hex[c & 15];
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  return out;
+}
+
 class RecordReader {
  public:
   RecordReader(std::string path, std::string content) : path_(std::move(path)) {
@@ -132,7 +149,7 @@ class RecordReader {
     double v = 0;
     auto res = std::from_chars(b, e, v);
     if (res.ec != std::errc() || res.ptr != e || !std::isfinite(v))
-      Fail(what + " as a number, found \"" + text + "\"");
+      Fail(what + " as a number, found \"" + Visible(text) + "\"");
     return v;
   }
 
@@ -145,7 +162,7 @@ class RecordReader {
     float v = 0;
     auto res = std::from_chars(b, e, v);
     if (res.ec != std::errc() || res.ptr != e || !std::isfinite(v))
-      Fail(what + " as a number, found \"" + f.text + "\"");
+      Fail(what + " as a number, found \"" + Visible(f.text) + "\"");
     return v;
   }
 
@@ -300,7 +317,7 @@ UpdateResult ReadDesignFile(const std::string& path, DesignFormat format, Design
       // The types are 1 to 4 (0 on a cleared row); anything else is damage.
       const float type = d.SurfType[i];
       if (!(type >= 0.0f && type <= 4.0f && type == std::nearbyint(type)))
-        r.Fail("a surface type from 0 to 4, found \"" + f[0].text + "\"");
+        r.Fail("a surface type from 0 to 4, found \"" + Visible(f[0].text) + "\"");
       d.Conic[i] = r.F64(f[1], "a conic constant");
     }
     {

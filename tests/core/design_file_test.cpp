@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -371,6 +372,19 @@ TEST_F(DesignFileTest, SurfaceTypeOutsideTheKnownTypesIsRefused) {
   EXPECT_STREQ(SurfTypeText(1e30f), "SPHERE");
   EXPECT_STREQ(SurfTypeText(-1e30f), "SPHERE");
   EXPECT_STREQ(SurfTypeText(3.0f), "HIGH-ORDER");
+}
+
+TEST_F(DesignFileTest, ControlBytesOfAFieldAreShownWholeInTheMessage) {
+  // A NUL inside a number used to end the message there: "...found \"0".
+  try {
+    ReadDesignFile(std::string(OVRIN_CORPUS_DIR) + "/nul_byte_in_number.ovn", DesignFormat::Current, d, sheet,
+                   media);
+    FAIL() << "accepted";
+  } catch (const DesignFileError& e) {
+    const std::string what = e.what();
+    EXPECT_EQ(what.size(), std::strlen(e.what()));
+    EXPECT_NE(what.find("found \"0\\x00\"."), std::string::npos) << what;
+  }
 }
 
 }  // namespace
