@@ -19,9 +19,9 @@ void RunAnalyses(DesignState& d, const DesignSheet& sheet) {
   spot.actualBfl = std::to_string(d.Bfl);
   spot.angleY = sheet.Txtangolo;
   spot.angleX = sheet.TxtangoloX;
+  SpotDiagram diagram;  // as the window keeps it from one drawing to the next
   for (int field = 0; field <= 1; ++field) {
     spot.field = field;
-    SpotDiagram diagram;
     RecordingCanvas canvas;
     diagram.Draw(d, spot, &canvas);
   }
