@@ -60,8 +60,8 @@ MainWindow::MainWindow(Session& session) : session_(session) {
 // windows
 
 void MainWindow::BuildWindows() {
-  auto child = [this](auto make) { return WindowKind{false, make}; };
-  auto modal = [this](auto make) { return WindowKind{true, make}; };
+  auto child = [](auto make) { return WindowKind{false, make}; };
+  auto modal = [](auto make) { return WindowKind{true, make}; };
   windows_["Frmdati"] = child([this] { return new DesignWindow(*this); });
   windows_["FrmTilt"] = child([this] { return new TiltWindow(*this); });
   windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
