@@ -75,3 +75,9 @@ std::vector<Command> WaveCommands();      // opd, wavefront, autofocus-opd, opdf
 std::vector<Command> PredesignCommands();  // predesign KIND
 
 }  // namespace ovrin::cli
+
+namespace ovrin::cli {
+std::vector<Command> ReportCommands();  // report, export-opd, sagitta, allowances
+// Writes a picture to a file whose type comes from its extension (.png, .svg, .pdf).
+void WritePictureFile(const RecordingCanvas& picture, int width, int height, const std::string& path);
+}  // namespace ovrin::cli

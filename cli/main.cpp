@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
 
   std::map<CLI::App*, Runner> runners;
   for (const auto& table :
-       {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(), PredesignCommands()}) {
+       {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(), PredesignCommands(),
+        ReportCommands()}) {
     for (const Command& c : table) {
       CLI::App* sub = app.add_subcommand(c.name, c.help);
       runners[sub] = c.setup(*sub);
@@ -50,7 +51,12 @@ int main(int argc, char** argv) {
   try {
     for (auto& [sub, run] : runners) {
       if (!sub->parsed()) continue;
-      std::cout << Dump(run()) << std::endl;
+      const nlohmann::json out = run();
+      // A command that answers with a plain string prints it as it is (a page for a terminal).
+      if (out.is_string())
+        std::cout << out.get<std::string>();
+      else
+        std::cout << Dump(out) << std::endl;
       return 0;
     }
     return Fail("No command given");

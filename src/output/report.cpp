@@ -1,6 +1,7 @@
 #include "output/report.h"
 
 #include <cmath>
+#include <cstdio>
 
 #include "analysis/geometric/geometric_text.h"
 #include "analysis/geometric/seidel.h"
@@ -13,6 +14,15 @@ namespace {
 bool IsPlane(double radius) { return radius == 0 || std::fabs(radius) >= 1e10; }
 
 std::string Radius(double r) { return IsPlane(r) ? std::string("plane") : FormatFixed(r, 4); }
+
+// A sum is shown with six decimals, or with an exponent where six decimals
+// would hide it.
+std::string Sum(double v) {
+  if (v == 0 || std::fabs(v) >= 1e-3 || !std::isfinite(v)) return SignedFixed(v, 6);
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%+.4e", v);
+  return buf;
+}
 
 }  // namespace
 
@@ -173,7 +183,7 @@ TextPage ReportPage(const ReportResult& r) {
     p.Add({{0, ""}, {16, "SPHERICAL"}, {31, "COMA"}, {46, "ASTIG."}, {61, "DIST."}, {76, "PETZVAL"}});
     auto sums = [&](const std::string& name, const std::array<double, 5>& v) {
       std::vector<PageCell> row = {{0, name}};
-      for (int c = 0; c < 5; ++c) row.push_back({16 + 15 * c, SignedFixed(v[c], 6)});
+      for (int c = 0; c < 5; ++c) row.push_back({16 + 15 * c, Sum(v[c])});
       p.Add(row);
     };
     sums("Seidel", *r.seidel);

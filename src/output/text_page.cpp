@@ -33,9 +33,19 @@ std::string PageText(const TextPage& page) {
   return out;
 }
 
+namespace {
+constexpr int kColumnPx = 8, kLinePx = 18;
+int PageColumns(const TextPage& page) { return std::max(80, page.Width() + 2); }
+int PageLines(const TextPage& page) { return std::max(10, static_cast<int>(page.lines.size()) + 2); }
+}  // namespace
+
+PagePixels PageSize(const TextPage& page) {
+  return {(PageColumns(page) + 2) * kColumnPx, (PageLines(page) + 1) * kLinePx};
+}
+
 void DrawPage(const TextPage& page, Canvas& canvas) {
-  const int width = std::max(80, page.Width() + 2);
-  const int height = std::max(10, static_cast<int>(page.lines.size()) + 2);
+  const int width = PageColumns(page);
+  const int height = PageLines(page);
   canvas.Window(-2, -1, width, height);
   canvas.Clear({255, 255, 255});
   int y = 0;

@@ -34,4 +34,11 @@ std::string PageText(const TextPage& page);
 // The page on a canvas: white paper, one text line per unit of height.
 void DrawPage(const TextPage& page, Canvas& canvas);
 
+// The size in pixels at which a drawn page reads well: a character column
+// and a line each get a fixed number of pixels.
+struct PagePixels {
+  int width = 0, height = 0;
+};
+PagePixels PageSize(const TextPage& page);
+
 }  // namespace ovrin
