@@ -25,9 +25,10 @@ std::string Num(double x, int decimals) { return std::isfinite(x) ? SignedFixed(
 SagittaResult ComputeSagitta(const DesignState& d) {
   SagittaResult res;
   for (int i = 1; i <= d.SurfCount; ++i) {
+    const int type = static_cast<int>(d.SurfType[i]);
+    if (type == kObsScreen) continue;  // a stop or a shadow, nothing to figure
     SagSurface s;
     s.surface = i;
-    const int type = static_cast<int>(d.SurfType[i]);
     s.type = SurfTypeText(type);
     s.radius = d.Radius[i];
     s.aspheric = type == kConic || type == kHighOrder;

@@ -26,6 +26,7 @@
 #include "shell/predesign_windows.h"
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
+#include "shell/report_windows.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -82,6 +83,9 @@ void MainWindow::BuildWindows() {
   windows_["FrmTelDes"] = child([this] { return new TelescopeChooser(*this); });
   for (const predesign::KindSpec& k : predesign::Kinds())
     windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
+  windows_["FrmReport"] = child([this] { return new ReportWindow(*this); });
+  windows_["FrmSagitta"] = child([this] { return new SagittaWindow(*this, 1); });
+  windows_["FrmAbAll"] = child([this] { return new SagittaWindow(*this, 2); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -215,7 +219,7 @@ void MainWindow::BuildMenus() {
   AddEntry(tools, "MnuToolsFocal", "Make Focal", {}, true, [this] { MakeFocal(); });
   AddEntry(tools, "MnuToolsSagitta", "Sagitta Table", "FrmSagitta", true);
   AddEntry(tools, "MnuVolume", "Element Drawing", "FrmVolume", true);
-  AddEntry(tools, "MnuToolAbAll", "Aberration Allowances", "FrmSagitta", true);
+  AddEntry(tools, "MnuToolAbAll", "Aberration Allowances", "FrmAbAll", true);
   AddEntry(tools, "MnuToolReport", "System Data Reports", "FrmReport", true);
 
   QMenu* anl = bar->addMenu("&Analysis");
