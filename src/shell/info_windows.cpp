@@ -164,6 +164,24 @@ const Chapter kChapters[] = {
      "its pictures alone as PNG, SVG or PDF files; a window with several pictures writes one file for each "
      "(NAME-1.png, NAME-2.png, ...). A window with a table has <b>Copy</b> and <b>Save as text</b> for it. "
      "<b>BackColor</b> changes the plot's background at once; the ink follows at the next drawing.</p>"},
+    {"OPDfan", "OPD curves",
+     "<h3>OPD curves</h3><p>The optical path difference of rays across the pupil, in waves, against the "
+     "chief ray, measured on a sphere centred on the chief ray's image point through the exit pupil: the "
+     "tangential and sagittal sections, on axis above and at the full field below, for every wavelength in "
+     "use. <b>Actual B.F.L.</b> moves the image plane and <b>Field Curv.Rad</b> curves it (0 flat). "
+     "<b>Auto-Focus</b> finds the focus of the smallest on-axis RMS wave front and draws again; <b>OPD Fans "
+     "TEXT</b> lists the values.</p>"},
+    {"WaveFront", "Wave front",
+     "<h3>Wave front</h3><p>The wave front of one wavelength over the whole pupil, on axis or at the full "
+     "field, drawn as a relief that the three bars turn and the slider raises, with its peak to valley, RMS "
+     "and Strehl ratio (e^-(2 pi RMS)^2). <b>Reverse WF</b> turns the relief over, the colour bar gives the "
+     "scale, and <b>AUTO-FOCUS</b> finds the focus of the smallest on-axis RMS. <b>Export to "
+     "\"ABERRATOR\"</b> writes the wave front as an .OPD file (see that chapter).</p>"},
+    {"Versus", "RMS wave front and Strehl ratio versus...",
+     "<h3>RMS wave front and Strehl ratio versus...</h3><p>The RMS of the wave front, or the Strehl ratio, "
+     "as a curve against the field angle, the focus (from -Defocus to +Defocus about the actual back focus) "
+     "or the wavelength (from Actual Short WL to Actual Long WL). The values are listed in the text pane; "
+     "<b>AutoFocus</b> first moves to the focus of the smallest on-axis RMS.</p>"},
     {"Report", "Data report",
      "<h3>Data report</h3><p><b>Tools &gt; System Data Reports</b> sets the whole design on one page, as "
      "you would file it: the notes, the surface table (radius, thickness, medium, glass, half-diameter, "
