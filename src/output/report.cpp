@@ -105,7 +105,20 @@ ReportResult ComputeReport(const DesignState& d, const DesignSheet& sheet) {
 TextPage ReportPage(const ReportResult& r) {
   TextPage p;
   p.Heading("Data Report" + (r.title.empty() ? std::string() : "  -  " + r.title));
-  if (!r.notes.empty()) p.Add({{0, "Notes: " + r.notes}});
+  // Long notes are wrapped, so that they do not widen the page.
+  std::string line = "Notes:";
+  std::size_t at = 0;
+  while (at < r.notes.size()) {
+    const std::size_t end = r.notes.find(' ', at);
+    const std::string word = r.notes.substr(at, end == std::string::npos ? std::string::npos : end - at);
+    if (line.size() + 1 + word.size() > 90 && line.size() > 7) {
+      p.Add({{0, line}});
+      line = "      ";
+    }
+    if (!word.empty()) line += " " + word;
+    at = end == std::string::npos ? r.notes.size() : end + 1;
+  }
+  if (!r.notes.empty()) p.Add({{0, line}});
   p.Blank();
 
   p.Heading("Surfaces");
@@ -137,11 +150,11 @@ TextPage ReportPage(const ReportResult& r) {
   if (any_asph) {
     p.Blank();
     p.Heading("Conic and high-order terms");
-    p.Add({{0, "Surf"}, {6, "Conic"}, {22, "A4"}, {40, "A6"}, {58, "A8"}});
+    p.Add({{0, "Surf"}, {6, "Conic"}, {22, "A4"}, {46, "A6"}, {70, "A8"}});
     for (const ReportSurface& s : r.surfaces)
       if (s.aspheric)
         p.Add({{0, std::to_string(s.surface)}, {6, FormatFixed(s.conic, 8)}, {22, ShortestText(s.a4)},
-               {40, ShortestText(s.a6)}, {58, ShortestText(s.a8)}});
+               {46, ShortestText(s.a6)}, {70, ShortestText(s.a8)}});
   }
   if (!r.tilts.empty()) {
     p.Blank();

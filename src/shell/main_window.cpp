@@ -86,6 +86,11 @@ void MainWindow::BuildWindows() {
   windows_["FrmReport"] = child([this] { return new ReportWindow(*this); });
   windows_["FrmSagitta"] = child([this] { return new SagittaWindow(*this, 1); });
   windows_["FrmAbAll"] = child([this] { return new SagittaWindow(*this, 2); });
+  windows_["FrmExportAberrator"] = modal([this] {
+    WavefrontSettings wave;  // by name: wavelength 1 on axis at the back focus
+    wave.actualBfl = RoundTo(session_.design.Bfl, 4);
+    return new ExportAberratorDialog(*this, wave);
+  });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });

@@ -34,10 +34,10 @@ QPushButton* Button(const char* name, const QString& caption, QWidget* parent) {
   return b;
 }
 
-FrameOptions PageFrame(bool wavelength) {
+FrameOptions PageFrame(bool wavelength, double aspect) {
   FrameOptions o;
   o.panes = {"picInner"};
-  o.plot_aspect = 1.0;
+  o.plot_aspect = aspect;
   o.wavelengths = wavelength ? FrameOptions::Wavelengths::One : FrameOptions::Wavelengths::None;
   o.focus_controls = false;
   o.text_pane = "TextPage";
@@ -73,8 +73,8 @@ bool PrintPage(const TextPage& page, QPrinter& printer) {
 // the page windows
 
 PageWindow::PageWindow(MainWindow& main, const char* name, const char* caption, const char* help_topic,
-                       bool wavelength)
-    : AnalysisWindow(main, name, caption, help_topic, PageFrame(wavelength)) {
+                       bool wavelength, double aspect)
+    : AnalysisWindow(main, name, caption, help_topic, PageFrame(wavelength, aspect)) {
   QPushButton* print = Button("CmdPrintPage", "Print page", this);
   connect(print, &QPushButton::clicked, this, [this] {
     QPrinter printer(QPrinter::HighResolution);
@@ -99,6 +99,9 @@ PageWindow::PageWindow(MainWindow& main, const char* name, const char* caption, 
       sub->show();
     }
   });
+  // The page's text is drawn at a fixed size: the pane is wide enough for
+  // its columns not to run into each other.
+  plot_->setMinimumSize(static_cast<int>(600 * aspect), 600);
   panel_->addWidget(print, 0, 0, 1, 2);
   panel_->addWidget(pdf, 1, 0, 1, 2);
   panel_->addWidget(text, 2, 0, 1, 2);
@@ -125,7 +128,7 @@ bool PageWindow::SavePdfTo(const QString& path) const {
   return true;
 }
 
-ReportWindow::ReportWindow(MainWindow& main) : PageWindow(main, "FrmReport", "Data Report", "Report", false) {
+ReportWindow::ReportWindow(MainWindow& main) : PageWindow(main, "FrmReport", "Data Report", "Report", false, 1.3) {
   Update();
 }
 
@@ -137,7 +140,7 @@ TextPage ReportWindow::MakePage() {
 SagittaWindow::SagittaWindow(MainWindow& main, int mode)
     : PageWindow(main, mode == 2 ? "FrmAbAll" : "FrmSagitta",
                  mode == 2 ? "   Aberration Allowances for current design" : "Sagitta Table",
-                 mode == 2 ? "Allowances" : "Sagitta", mode == 2),
+                 mode == 2 ? "Allowances" : "Sagitta", mode == 2, mode == 2 ? 1.3 : 0.8),
       mode_(mode) {
   Update();
 }

@@ -27,7 +27,9 @@ bool PrintPage(const TextPage& page, QPrinter& printer);
 class PageWindow : public AnalysisWindow {
   Q_OBJECT
  public:
-  PageWindow(MainWindow& main, const char* name, const char* caption, const char* help_topic, bool wavelength);
+  // `aspect`: width / height of the page pane.
+  PageWindow(MainWindow& main, const char* name, const char* caption, const char* help_topic, bool wavelength,
+             double aspect);
   const TextPage& page() const { return page_; }
   bool SavePdfTo(const QString& path) const;
 
