@@ -109,3 +109,13 @@ void PictureOutput::Write(const RecordingCanvas& picture, int width, int height,
 }
 
 }  // namespace ovrin::cli
+
+namespace ovrin::cli {
+
+void WritePictureFile(const RecordingCanvas& picture, int width, int height, const std::string& path) {
+  OvrinSavePictureFn save = PictureWriter();
+  if (!save) throw CliFailure(std::string("The picture writer ") + kPicturePluginFile + " cannot be loaded");
+  if (const char* error = save(&picture, width, height, path.c_str())) throw CliFailure(error);
+}
+
+}  // namespace ovrin::cli

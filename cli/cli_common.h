@@ -76,3 +76,9 @@ std::vector<Command> PredesignCommands();  // predesign KIND
 std::vector<Command> OptimiseCommands();  // merit, optimise
 
 }  // namespace ovrin::cli
+
+namespace ovrin::cli {
+std::vector<Command> ReportCommands();  // report, export-opd, sagitta, allowances
+// Writes a picture to a file whose type comes from its extension (.png, .svg, .pdf).
+void WritePictureFile(const RecordingCanvas& picture, int width, int height, const std::string& path);
+}  // namespace ovrin::cli

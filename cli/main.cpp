@@ -38,6 +38,7 @@ int main(int argc, char** argv) {
       WaveCommands(),
       PredesignCommands(),
       OptimiseCommands(),
+      ReportCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {
@@ -57,7 +58,12 @@ int main(int argc, char** argv) {
   try {
     for (auto& [sub, run] : runners) {
       if (!sub->parsed()) continue;
-      std::cout << Dump(run()) << std::endl;
+      const nlohmann::json out = run();
+      // A command that answers with a plain string prints it as it is (a page for a terminal).
+      if (out.is_string())
+        std::cout << out.get<std::string>();
+      else
+        std::cout << Dump(out) << std::endl;
       return 0;
     }
     return Fail("No command given");

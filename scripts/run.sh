@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Opens Ovrin on a design. Without a display (or before the desktop program
-# is built) the design's analysis is printed through ovrin-cli instead.
+# is built) the design's data report is printed through ovrin-cli instead.
 set -euo pipefail
 BUILD="$1"
 DESIGN="$2"
@@ -10,13 +10,9 @@ if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -x "$BUILD/ovrin" ]; then
 fi
 
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
-  echo "No display found: printing the analysis of $DESIGN with ovrin-cli instead of opening the window."
+  echo "No display found: printing the data report of $DESIGN with ovrin-cli instead of opening the window."
 else
-  echo "The desktop program is not built: printing the analysis of $DESIGN with ovrin-cli."
+  echo "The desktop program is not built: printing the data report of $DESIGN with ovrin-cli."
 fi
 echo
-echo "== ovrin-cli update $DESIGN"
-"$BUILD/ovrin-cli" update "$DESIGN"
-echo
-echo "== ovrin-cli trace $DESIGN --py 0 --px 0   (chief ray, full field)"
-"$BUILD/ovrin-cli" trace "$DESIGN" --py 0 --px 0
+"$BUILD/ovrin-cli" report "$DESIGN" --text

@@ -177,14 +177,16 @@ const Chapter kChapters[] = {
      "0.0001 wave from peak to valley is drawn flat, in one colour: below that the map would only show "
      "the last digits of the arithmetic. <b>Reverse WF</b> changes the sign (a mirror tested at its centre "
      "of curvature shows the reversed wave). <b>Field Curv.Rad</b> measures on a curved image surface, as "
-     "a Schmidt camera's film is bent.</p>"},
+     "a Schmidt camera's film is bent. <b>Export to \"ABERRATOR\"</b> writes the wave front as an .OPD "
+     "file (see that chapter).</p>"},
     {"Versus", "RMS and Strehl versus field, focus and wavelength",
      "<h3>RMS and Strehl versus field, focus and wavelength</h3><p>The RMS wave front error, or the "
      "Strehl ratio, computed on a 32 x 32 grid at 21 steps: across the field from the axis to the full "
      "field, through focus on either side of Actual B.F.L., or across the wavelengths between the short "
      "and the long limit (the glass indices are computed again at every wavelength). The table lists "
      "each step; the graph marks the diffraction limit (\"Dif.L\": Strehl 0.8, RMS 1/14 wave). Move the "
-     "pointer over the graph to read a point in the caption.</p>"},
+     "pointer over the graph to read a point in the caption. <b>AutoFocus</b> first moves to the focus of "
+     "the smallest on-axis RMS.</p>"},
     {"Layout", "2D layout",
      "<h3>2D layout</h3><p>The design drawn as a section along its axis: lenses in light blue, mirrors as "
      "black lines, obstructions in red, and fans of rays of the first wavelength, green on the axis and "
@@ -198,6 +200,48 @@ const Chapter kChapters[] = {
      "its pictures alone as PNG, SVG or PDF files; a window with several pictures writes one file for each "
      "(NAME-1.png, NAME-2.png, ...). A window with a table has <b>Copy</b> and <b>Save as text</b> for it. "
      "<b>BackColor</b> changes the plot's background at once; the ink follows at the next drawing.</p>"},
+    {"Report", "Data report",
+     "<h3>Data report</h3><p><b>Tools &gt; System Data Reports</b> sets the whole design on one page, as "
+     "you would file it: the notes, the surface table (radius, thickness, medium, glass, half-diameter, "
+     "type and the index at each wavelength in use), the conic and high-order terms, the tilts and "
+     "decenters, the wavelengths and their weights, the object and the field, the first-order data (Efl, "
+     "Bfl, f-number, image height, entrance and exit pupil, Petzval radius) and the Seidel sums.</p>"
+     "<p>The page is drawn on the left and listed on the right. <b>Print page</b> prints the page fitted "
+     "to the paper, <b>Save as PDF</b> writes it as a PDF document, <b>Page as text</b> opens it in a plain "
+     "text window with Print and Exit, and <b>Save as bmp file</b> writes the window as a picture (BMP, "
+     "PNG, SVG or PDF by the extension).</p>"},
+    {"Sagitta", "Sagitta table",
+     "<h3>Sagitta table</h3><p><b>Tools &gt; Sagitta Table</b> lists, for every surface, the sag from the "
+     "vertex plane at ten zones from the centre out to the half-diameter (the last line is the edge): the "
+     "sag of the vertex sphere, the sag of the surface as the ray tracer sees it (conic and r^4, r^6, r^8 "
+     "terms), and for a conic or high-order surface its departure from the best-fit sphere. The best-fit "
+     "sphere is the one through the vertex and the edge of the surface, the sphere you generate before "
+     "figuring and read with a spherometer across the full diameter; the departure is what the figuring "
+     "must remove, zone by zone. A conic that does not reach a zone is marked.</p>"},
+    {"Allowances", "Aberration allowances",
+     "<h3>Aberration allowances</h3><p><b>Tools &gt; Aberration Allowances</b> gives the errors that each "
+     "bring a quarter wave of optical path difference (the Rayleigh limit), for the chosen wavelength "
+     "lambda and N = Efl / entrance beam diameter. Each term is taken with its best balancing term: "
+     "depth of focus +-2 lambda N^2 (W020 = lambda/4); spherical aberration refocused, W040 = lambda: "
+     "longitudinal 16 lambda N^2, transverse 8 lambda N; coma with the image recentred, W131 = 3 lambda/8: "
+     "tangential length 9/4 lambda N, sagittal 3/4 lambda N; astigmatism at the middle focus, W222 = "
+     "lambda/2: focal difference 4 lambda N^2.</p><p>For a design with two mirrors the secondary's "
+     "decenter and tilt (about its vertex) are given too: its Seidel spherical term S_I turns into coma "
+     "W131 = S_II / 2 when the mirror moves off the beam, with S_II = S_I,sph n beta / A for a tilt beta "
+     "(A the refraction invariant of the marginal ray there) and, for a shift d, the same with beta = d / R "
+     "plus S_I,asph d / y from the aspheric cap. A flat secondary has no such limit.</p>"},
+    {"Aberrator", "Export to ABERRATOR",
+     "<h3>Export to ABERRATOR</h3><p>The <b>Export to \"ABERRATOR\"</b> button of the wave front window "
+     "writes the wave front of its wavelength, field and focus as an .OPD text file for an outside "
+     "wavefront viewer. Choose the grid, 101x101 to 401x401: an N x N grid has (N - 1) / 2 steps across the "
+     "pupil radius, and the samples are those of the spot diagram's pupil grid (half the pupil for a "
+     "centred system). <b>Create an .OPD file</b> computes the OPD of every sample (first bar), asks for "
+     "the file name and writes it (second bar); the file name becomes the design's path. The file holds "
+     "the wavelength in nm and the beam diameter, one line per sample (column, row, OPD in waves), the word "
+     "MASK, and one line per sample (column, row, 1).</p><p>The offset added to every OPD is 0: values are "
+     "the path difference from the chief ray, so the pupil centre reads 0 and a sample that no ray reached "
+     "reads exactly 0. Large grids take time: 401x401 writes several megabytes. Any fault shows "
+     "\"ERROR!\".</p>"},
 };
 
 }  // namespace

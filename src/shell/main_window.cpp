@@ -27,6 +27,7 @@
 #include "shell/optimise_window.h"
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
+#include "shell/report_windows.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -84,6 +85,14 @@ void MainWindow::BuildWindows() {
   for (const predesign::KindSpec& k : predesign::Kinds())
     windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
   windows_["FrmOpt"] = child([this] { return new OptimiseWindow(*this); });
+  windows_["FrmReport"] = child([this] { return new ReportWindow(*this); });
+  windows_["FrmSagitta"] = child([this] { return new SagittaWindow(*this, 1); });
+  windows_["FrmAbAll"] = child([this] { return new SagittaWindow(*this, 2); });
+  windows_["FrmExportAberrator"] = modal([this] {
+    WavefrontSettings wave;  // by name: wavelength 1 on axis at the back focus
+    wave.actualBfl = RoundTo(session_.design.Bfl, 4);
+    return new ExportAberratorDialog(*this, wave);
+  });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -227,7 +236,7 @@ void MainWindow::BuildMenus() {
   AddEntry(tools, "MnuToolsFocal", "Make Focal", {}, true, [this] { MakeFocal(); });
   AddEntry(tools, "MnuToolsSagitta", "Sagitta Table", "FrmSagitta", true);
   AddEntry(tools, "MnuVolume", "Element Drawing", "FrmVolume", true);
-  AddEntry(tools, "MnuToolAbAll", "Aberration Allowances", "FrmSagitta", true);
+  AddEntry(tools, "MnuToolAbAll", "Aberration Allowances", "FrmAbAll", true);
   AddEntry(tools, "MnuToolReport", "System Data Reports", "FrmReport", true);
 
   QMenu* anl = bar->addMenu("&Analysis");

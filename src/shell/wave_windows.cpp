@@ -22,6 +22,7 @@
 #include "core/number_text.h"
 #include "shell/main_window.h"
 #include "shell/widgets_util.h"
+#include "shell/report_windows.h"
 
 namespace ovrin::shell {
 
@@ -258,7 +259,10 @@ WavefrontWindow::WavefrontWindow(MainWindow& main)
   QPushButton* autofocus = Button("Command1", " AUTO-FOCUS        (Min. on-axis RMS)", this);
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
   QPushButton* exportOpd = Button("ExportOPD", "&Export to \"ABERRATOR\"", this);
-  exportOpd->setEnabled(false);
+  connect(exportOpd, &QPushButton::clicked, this, [this] {
+    ExportAberratorDialog dialog(main_, Settings(), this);
+    dialog.exec();
+  });
 
   auto* white = new QRadioButton("White", this);
   white->setObjectName("OptionWhite");

@@ -116,7 +116,7 @@ class WaveWindowsTest : public QObject {
     QVERIFY(wf);
     QCOMPARE(wf->windowTitle(), QString("Wave Front  ( Optical Path Difference )"));
     QVERIFY(wf->findChild<QLabel*>("Label20")->text().isEmpty());
-    QVERIFY(!wf->findChild<QPushButton*>("ExportOPD")->isEnabled());
+    QVERIFY(wf->findChild<QPushButton*>("ExportOPD")->isEnabled());  // opens the export to an .OPD file
     wf->findChild<QComboBox*>("ComboField")->setCurrentIndex(1);
     wf->findChild<QRadioButton*>("Option7")->setChecked(true);  // 32x32
     Click(wf, "Update");

@@ -25,7 +25,7 @@ struct FieldCurvResult {
   double ReferencePlane = 0;
   std::array<double, 11> ChiefHeight{}, ZTan{}, ZSag{};
   std::array<float, 11> AvgRadius{};                     // steps 1..10
-  std::array<std::array<std::string, 5>, 10> rows{};     // the five texts of rows 1..10
+  std::array<std::array<std::string, 5>, 10> rows;       // the five texts of rows 1..10
   double Scale = 0;                                      // the half-range S of the graph
 };
 

@@ -37,7 +37,11 @@ int16_t PupilGridDivOf(const std::string& text) {
   return 0;
 }
 
-bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g) {
+bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g, int last_index) {
+  if (static_cast<int>(g.PupilY.size()) <= last_index) {
+    g.PupilY.resize(static_cast<std::size_t>(last_index) + 1);
+    g.PupilX.resize(static_cast<std::size_t>(last_index) + 1);
+  }
   for (int i = 0; i <= kGridClear; ++i) g.PupilY[i] = g.PupilX[i] = 0.0;
   g.PupilRadius = static_cast<float>(d.EntrBeamSemiDiam);
   const double radius = g.PupilRadius;
@@ -49,7 +53,7 @@ bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g) {
   // The loops advance as counted loops do: by adding the step to the running value.
   for (double y = d.EntrBeamSemiDiam; y >= -radius - 0.1; y -= step) {
     for (double x = 0.0; x <= radius + 0.1; x += step) {
-      if (counter > kLastIndex) return false;
+      if (counter > last_index) return false;
       const double ys = std::fabs(y) < 0.05 ? 0.05 : y;
       g.PupilY[counter] = ys;
       g.PupilX[counter] = x;
@@ -59,7 +63,7 @@ bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g) {
   int count = counter - 1;
   if (d.UncenteredFlag != 0) {
     // The other half; k = 0 puts the chief ray over the last grid point.
-    if (2 * count > kLastIndex) return false;
+    if (2 * count > last_index) return false;
     for (int k = 0; k <= count; ++k) {
       g.PupilY[count + k] = g.PupilY[k];
       g.PupilX[count + k] = -g.PupilX[k];

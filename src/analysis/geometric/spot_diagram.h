@@ -36,8 +36,10 @@ struct PupilGrid {
 };
 
 // Fills the grid for the design's beam and UncenteredFlag. Returns false when
-// the grid does not fit the arrays or the beam gives no grid.
-bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g);
+// the grid does not fit the arrays or the beam gives no grid. A caller that
+// needs a finer grid than the spot diagram's arrays hold passes its own last
+// index; the arrays grow to it.
+bool BuildPupilGrid(const DesignState& d, int16_t div, PupilGrid& g, int last_index = kPupilArraySize - 1);
 
 // What the spot window's controls hold when a drawing starts.
 struct SpotSettings {
