@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
 
   std::map<CLI::App*, Runner> runners;
   for (const auto& table :
-       {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(), PredesignCommands()}) {
+       {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(), PredesignCommands(), DiffractionCommands()}) {
     for (const Command& c : table) {
       CLI::App* sub = app.add_subcommand(c.name, c.help);
       runners[sub] = c.setup(*sub);
