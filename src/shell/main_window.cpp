@@ -26,6 +26,7 @@
 #include "shell/predesign_windows.h"
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
+#include "shell/diffraction_windows.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -82,6 +83,10 @@ void MainWindow::BuildWindows() {
   windows_["FrmTelDes"] = child([this] { return new TelescopeChooser(*this); });
   for (const predesign::KindSpec& k : predesign::Kinds())
     windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
+  windows_["FrmDiffPSF"] = child([this] { return new PsfWindow(*this); });
+  windows_["FrmMTFfield"] = child([this] { return new MtfWindow(*this); });
+  windows_["FrmMTFtfocus"] = child([this] { return new MtfFocusWindow(*this); });
+  windows_["FrmZernike"] = child([this] { return new ZernikeWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
