@@ -143,6 +143,11 @@ PsfWindow::PsfWindow(MainWindow& main)
   connect(unaberrated_, &QRadioButton::toggled, this, [this](bool) { Redraw(); });
   panel_->addWidget(normalise, r++, 0, 1, 2);
 
+  // Combo3 holds the back colour here: the frame's list steps aside.
+  backColor_->setObjectName("FrameBackColor");
+  backColor_->hide();
+  for (QLabel* l : findChildren<QLabel*>())
+    if (l->text() == "BackColor") l->hide();
   colour_ = new QComboBox(this);
   colour_->setObjectName("Combo1");
   colour_->addItems({"Grey Scale", "False Color"});
@@ -159,7 +164,8 @@ PsfWindow::PsfWindow(MainWindow& main)
   row("Back", back_);
 
   const char* rotNames[3] = {"X-rotation", "Y-rotation", "Z-rotation"};
-  const int rotStart[3] = {60, 0, 20};
+  // A view from a little above, which keeps the relief inside its box.
+  const int rotStart[3] = {20, 0, 0};
   for (int i = 0; i < 3; ++i) {
     rot_[i] = new QScrollBar(Qt::Horizontal, this);
     rot_[i]->setObjectName(QString("HScroll%1").arg(i + 1));

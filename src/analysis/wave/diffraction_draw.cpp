@@ -96,7 +96,8 @@ void DrawPsfMap(const PsfResult& r, const PsfView& v, Canvas& c) {
   if (!r.ok || r.F == 0) return;
   const int lo = r.F / 4, n = r.F / 2;
   const double zoom = v.mapZoom > 0 ? v.mapZoom : 1;
-  const double mid = r.F / 2.0, half = n / 2.0 / zoom;
+  // The box holds the whole array; the central half is drawn.
+  const double mid = r.F / 2.0, half = r.F / 2.0 / zoom;
   c.Window(mid - half, mid - half, mid + half, mid + half);
   std::vector<Rgb> pixels(static_cast<size_t>(n) * n);
   for (int i = 0; i < n; ++i)
@@ -132,7 +133,7 @@ std::string MtfFieldTitle(int k) {
 namespace {
 
 // The frame of a transfer plot in index units 0..F/2 across and 0..1 up.
-void MtfFrame(int F, double cutoff, Canvas& c) {
+void MtfFrame(int F, double cutoff, const char* axis_title, Canvas& c) {
   const double h = F / 2.0;
   c.Window(-0.07 * h, 1.1, 1.07 * h, -0.15);
   const Rgb ink{0, 0, 0}, grid{210, 210, 210};
@@ -151,7 +152,7 @@ void MtfFrame(int F, double cutoff, Canvas& c) {
     c.Line(x, -0.015, x, 0.015, ink, 1);
     c.Text(x - 0.03 * h, -0.03, FormatFixed(0.2 * k * cutoff, 1), ink);
   }
-  c.Text(0.9 * h, -0.09, "FREQ. ", ink);
+  c.Text(0.86 * h, 0.13, axis_title, ink);
 }
 
 void MtfLines(const MtfCurve& m, int width, Canvas& c) {
@@ -176,7 +177,7 @@ void DrawMtfCurves(const MtfCurve& curve, const std::vector<double>& ideal, doub
                    const std::string& title, Canvas& c) {
   c.Clear({255, 255, 255});
   if (F < 2) return;
-  MtfFrame(F, cutoff, c);
+  MtfFrame(F, cutoff, "FREQ. ", c);
   c.Text(0.02 * F / 2, 1.09, title, {0, 0, 0});
   IdealPoints(ideal, cutoff, F, c);
   MtfLines(curve, 1, c);
@@ -193,11 +194,10 @@ void DrawMtfField(const MtfResult& r, int k, Canvas& c) {
 void DrawMtfFocus(const MtfFocusResult& r, Canvas& c) {
   c.Clear({255, 255, 255});
   if (!r.ok) return;
-  MtfFrame(r.F, r.cutoff, c);
+  MtfFrame(r.F, r.cutoff, "(Cycles/mm.)", c);
   const double h = r.F / 2.0;
   const Rgb ink{0, 0, 0};
   c.Text(-0.065 * h, 1.09, "MODULATION ", ink);
-  c.Text(0.75 * h, -0.09, "(Cycles/mm.)", ink);
   IdealPoints(r.ideal, r.cutoff, r.F, c);
   const int widths[3] = {3, 2, 1};
   for (int k = 0; k < 3; ++k) {

@@ -13,7 +13,7 @@ struct PsfView {
   bool transparent = false;    // Combo2: "Solid" or "Transparent"
   bool black = false;          // Combo3: "White" or "Black" back
   bool unaberrated = false;    // "Unaberrated PSF": heights scaled by the Strehl factor
-  double rotX = 60, rotY = 0, rotZ = 20;  // degrees
+  double rotX = 20, rotY = 0, rotZ = 0;  // degrees
   double surfaceZoom = 1, mapZoom = 1;    // > 1 zooms in
 };
 
