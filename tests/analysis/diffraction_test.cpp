@@ -8,6 +8,7 @@
 
 #include "../core/test_designs.h"
 #include "analysis/wave/diffraction.h"
+#include "analysis/wave/diffraction_draw.h"
 #include "analysis/wave/zernike.h"
 
 namespace ovrin {
@@ -186,6 +187,55 @@ TEST(Psf, AberrationLowersThePeak) {
       if (w != 0) w += 0.3 * (p.grid.Y(i) / p.a) * (p.grid.Y(i) / p.a);
     }
   EXPECT_LT(PsfOfPupil(p, 256).Max, 0.9 * perfect);
+}
+
+// The highest and lowest vertical coordinate of the relief's cells.
+std::pair<double, double> ReliefSpan(const PsfResult& r, const PsfView& v) {
+  RecordingCanvas c;
+  DrawPsfSurface(r, v, c);
+  double lo = 1e300, hi = -1e300;
+  for (const auto& item : c.items())
+    for (const PlotPoint& p : item.points) lo = std::min(lo, p.y), hi = std::max(hi, p.y);
+  return {lo, hi};
+}
+
+TEST(PsfPictures, UnaberratedScaleHalvesTheReliefAndLeavesTheMap) {
+  PsfResult r = PsfOfPupil(Disc(16, 0.2), 128);
+  r.Strehl = 0.5f;
+  PsfView unity;
+  unity.rotX = unity.rotY = unity.rotZ = 0;  // seen from the side: heights only
+  PsfView scaled = unity;
+  scaled.unaberrated = true;
+  // The peak stands F/4 high against unity and half that against the Strehl scale.
+  EXPECT_NEAR(ReliefSpan(r, unity).first, -32, 1e-9);
+  EXPECT_NEAR(ReliefSpan(r, scaled).first, -16, 1e-9);
+  RecordingCanvas a, b;
+  DrawPsfMap(r, unity, a);
+  DrawPsfMap(r, scaled, b);
+  ASSERT_EQ(a.items().size(), b.items().size());
+  EXPECT_EQ(a.items().back().pixels, b.items().back().pixels);
+}
+
+TEST(PsfPictures, GreyCapAndThePaleFirstBandOnWhite) {
+  PsfResult r = PsfOfPupil(Disc(16, 0.2), 128);
+  PsfView v;
+  // Surface grey: P / R x 255 + 50, capped at 255; the dark floor is 50.
+  EXPECT_EQ(PsfSurfaceColour(r.Max, r, v), (Rgb{255, 255, 255}));
+  EXPECT_EQ(PsfSurfaceColour(0, r, v), (Rgb{50, 50, 50}));
+  // Map grey has no offset.
+  EXPECT_EQ(PsfMapColour(0, r, v), (Rgb{0, 0, 0}));
+  v.falseColour = true;
+  // The first band on a white back runs from white to blue; on black from black.
+  const double p = r.Range / 10;  // half way up the first band
+  const Rgb pale = PsfMapColour(p, r, v);
+  EXPECT_EQ(pale.b, 255);
+  EXPECT_NEAR(pale.r, 127, 1);
+  EXPECT_EQ(pale.r, pale.g);
+  v.black = true;
+  EXPECT_NEAR(PsfMapColour(p, r, v).b, 127, 1);
+  EXPECT_EQ(PsfMapColour(p, r, v).r, 0);
+  // The top band ends in red.
+  EXPECT_EQ(PsfMapColour(r.Max, r, v), (Rgb{255, 0, 0}));
 }
 
 double ClosedFormMtf(double x) {
