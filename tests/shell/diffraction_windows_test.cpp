@@ -155,6 +155,7 @@ class DiffractionWindowsTest : public QObject {
     QCOMPARE(lines.at(0), Q(expected.text.at(0)));
     QCOMPARE(lines.at(19), QString("Diffraction MTF at 0.7 Field"));
     Shot(w, "FrmMTFfield");
+    Shot(text, "FrmMTFText");
     text->close();
   }
 
