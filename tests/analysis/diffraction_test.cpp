@@ -267,6 +267,24 @@ TEST(Mtf, CentralObstructionLowersTheMidFrequencies) {
   }
 }
 
+TEST(Mtf, OnlyTheRealPartIsKeptSoAnOddWaveFrontFoldsTheCurveUp) {
+  // A tilt of 2 waves at the pupil edge shifts the image by 8 samples of a
+  // 128 transform: the transfer function takes the phase 2 pi 8 i / 128, so
+  // its real part is 0 at i = 4 and whole again (negative) at i = 8.
+  const int F = 128;
+  PupilSamples p = Disc(F / 4, 0.1);
+  for (int i = 0; i < p.grid.rows; ++i)
+    for (int j = 0; j < p.grid.cols; ++j) {
+      double& w = p.W[static_cast<size_t>(i) * p.grid.cols + j];
+      if (w != 0) w += 2 * p.grid.Y(i) / p.a;
+    }
+  const MtfCurve c = MtfOfPupil(p, F);
+  EXPECT_LT(c.T[4], 0.02);
+  EXPECT_NEAR(c.T[8], ClosedFormMtf(8.0 / 64), 0.03);
+  // Across the tilt nothing moves.
+  for (int i = 0; i < F / 2; ++i) EXPECT_NEAR(c.S[i], ClosedFormMtf(i / 64.0), 0.02) << i;
+}
+
 TEST(Mtf, NoLightFailsAndTheIdealCurveHasNoPoleAtTheCutoff) {
   EXPECT_THROW(MtfOfPupil(Disc(8, 0), 32), TraceError);
   EXPECT_DOUBLE_EQ(IdealMtf(0), 1);
