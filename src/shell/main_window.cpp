@@ -24,6 +24,7 @@
 #include "shell/layout_window.h"
 #include "shell/geometric_windows.h"
 #include "shell/predesign_windows.h"
+#include "shell/optimise_window.h"
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
 #include "shell/diffraction_windows.h"
@@ -83,6 +84,7 @@ void MainWindow::BuildWindows() {
   windows_["FrmTelDes"] = child([this] { return new TelescopeChooser(*this); });
   for (const predesign::KindSpec& k : predesign::Kinds())
     windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
+  windows_["FrmOpt"] = child([this] { return new OptimiseWindow(*this); });
   windows_["FrmDiffPSF"] = child([this] { return new PsfWindow(*this); });
   windows_["FrmMTFfield"] = child([this] { return new MtfWindow(*this); });
   windows_["FrmMTFtfocus"] = child([this] { return new MtfFocusWindow(*this); });
@@ -211,6 +213,8 @@ void MainWindow::BuildMenus() {
   AddEntry(edit, "MnuEditTilt", "TILT/ DECENTER", "FrmTilt", true);
   AddEntry(edit, "MnuEditWL", "WaveLengths", "FrmWL", true);
   AddEntry(edit, "MnuEnvCond", "Environmental Conditions", "FrmEnvCond", true);
+  AddEntry(edit, "MnuEditRestoreOpt", "Restore design from before the run", {}, true,
+           [this] { RestoreDesignBeforeRun(*this); });
 
   QMenu* tools = bar->addMenu("&Tools");
   tools->setObjectName("MnuTools");
