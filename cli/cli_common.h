@@ -74,6 +74,7 @@ std::vector<Command> GeometricCommands();  // seidel, spherical, fieldcurv, rayf
 std::vector<Command> WaveCommands();      // opd, wavefront, autofocus-opd, opdfan, versus
 std::vector<Command> PredesignCommands();  // predesign KIND
 std::vector<Command> OptimiseCommands();  // merit, optimise
+std::vector<Command> DiffractionCommands();  // psf, mtf, mtf-focus, zernike
 
 }  // namespace ovrin::cli
 

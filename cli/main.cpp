@@ -39,6 +39,7 @@ int main(int argc, char** argv) {
       PredesignCommands(),
       OptimiseCommands(),
       ReportCommands(),
+      DiffractionCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {

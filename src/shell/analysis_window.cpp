@@ -110,8 +110,11 @@ void PlotView::paintEvent(QPaintEvent*) {
   const QRectF target = Target();
   p.fillRect(target, QColor(background_.r, background_.g, background_.b));
   QPainterCanvas canvas(p, target);
+  // A drawing that leaves its box (a rotated relief, a zoom) stays inside the picture.
+  p.setClipRect(target);
   // The background list acts at once: the recorded clearing takes today's colour.
   plot_.Replay(canvas, &background_);
+  p.setClipping(false);
   p.setPen(palette().mid().color());
   p.setBrush(Qt::NoBrush);
   p.drawRect(target.adjusted(0, 0, -1, -1));

@@ -242,6 +242,34 @@ const Chapter kChapters[] = {
      "the path difference from the chief ray, so the pupil centre reads 0 and a sample that no ray reached "
      "reads exactly 0. Large grids take time: 401x401 writes several megabytes. Any fault shows "
      "\"ERROR!\".</p>"},
+    {"DiffPSF", "Diffraction PSF",
+     "<h3>Diffraction PSF</h3><p>The image of a point as diffraction forms it, from the wave front of the "
+     "chosen wavelength and field over a pupil grid of 32x32 to 256x256 samples, by the Fourier transform "
+     "of the pupil. Samples cut by an aperture or an obstruction carry no light. The left picture shows "
+     "the central half of the image as a relief, the map below it the same from above, and the bar the "
+     "intensity scale.</p><p><b>Normalize Peak Intensity to....</b>: <b>Unity</b> scales the highest point "
+     "to the full height; <b>Unaberrated PSF</b> scales it by the Strehl ratio, so that the relief stands "
+     "as high as it would beside a perfect image. The colour, solid or transparent surface and the back "
+     "colour redraw at once, as do the three rotations. Left click zooms in, right click zooms out, on "
+     "either picture. <b>Auto-Focus</b> puts the focus where the on-axis RMS wave front is least.</p>"},
+    {"MTF", "Diffraction MTF",
+     "<h3>Diffraction MTF</h3><p>The contrast the design passes at each spatial frequency, from the "
+     "transform of its diffraction image, at the centre, at 0.7 of the field and at the full field. Red is "
+     "the tangential curve, blue the sagittal, black the perfect unobstructed aperture of the same focal "
+     "ratio. The frequency axis ends at the cut-off 1 / (focal ratio x wavelength) in cycles per mm.</p>"
+     "<p><b>Sampling</b> is the size of the transform: the pupil takes half of it each way. <b>MTF  Text"
+     "</b> lists the three curves with the ideal one. Where an odd aberration makes the transfer change "
+     "sign the curve folds upwards at the zero, as the magnitude is shown.</p>"},
+    {"MTFfocus", "Diffraction through-focus MTF",
+     "<h3>Diffraction through-focus MTF</h3><p>The transfer curves of one field at three focus positions: "
+     "the Actual B.F.L. plus <b>Defocus</b> (thick lines), the Actual B.F.L. itself, and minus "
+     "<b>Defocus</b> (thin lines). Sampling is the size of the grid used to sample the OPD in the pupil. "
+     "(Default is 64x64.) For a wave front of many waves a geometric MTF is the better measure.</p>"},
+    {"Zernike", "Zernike analysis",
+     "<h3>Zernike analysis</h3><p>The wave front at the design's full field, on a 32x32 grid, fitted by "
+     "least squares with the 37 Fringe Zernike polynomials. Th number of Zernike terms utilized in this "
+     "analysis is 37. The coefficients are in units of wavelengths. Rays stopped inside the pupil count "
+     "as no path difference in the fit. <b>Print</b> prints the table.</p>"},
 };
 
 }  // namespace

@@ -28,6 +28,7 @@
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
 #include "shell/report_windows.h"
+#include "shell/diffraction_windows.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -93,6 +94,10 @@ void MainWindow::BuildWindows() {
     wave.actualBfl = RoundTo(session_.design.Bfl, 4);
     return new ExportAberratorDialog(*this, wave);
   });
+  windows_["FrmDiffPSF"] = child([this] { return new PsfWindow(*this); });
+  windows_["FrmMTFfield"] = child([this] { return new MtfWindow(*this); });
+  windows_["FrmMTFtfocus"] = child([this] { return new MtfFocusWindow(*this); });
+  windows_["FrmZernike"] = child([this] { return new ZernikeWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
