@@ -17,7 +17,16 @@ namespace {
 
 const char* const kLensCatalogues[] = {"SCHOTT", "OHARA", "CORNING", "HOYA", "LZOS", "SPECIAL", "CHENGDU"};
 
-float ListWavelength(int i) { return static_cast<float>(ParseLeadingNumber(kWavelengthList[i].value)); }
+// A list entry's wavelength: the spectral lines at their full value.
+float ListWavelength(int i) {
+  static const float kLines[] = {1.01398f, 0.85211f, 0.76819f, 0.70652f, 0.65627f, 0.64385f, 0.63280f,
+                                 0.58929f, 0.58756f, 0.54607f, 0.48613f, 0.47999f, 0.44157f, 0.43584f,
+                                 0.40466f, 0.36501f};
+  const float v = static_cast<float>(ParseLeadingNumber(kWavelengthList[i].value));
+  for (float line : kLines)
+    if (std::fabs(v - line) < 0.0002f) return line;
+  return v;
+}
 
 int NearestEntry(float wl) {
   int best = 0;
@@ -90,7 +99,7 @@ WavelengthPicker::WavelengthPicker(QWidget* parent, const QString& name, const Q
     lines_[k] = new QComboBox(this);
     lines_[k]->setObjectName(QString("ComboWL%1").arg(k + 1));
     for (const WavelengthListEntry& e : kWavelengthList)
-      lines_[k]->addItem(*e.line ? QString("%1  (%2)").arg(e.value, e.line) : QString(e.value));
+      lines_[k]->addItem(*e.line ? QString(e.line) : QString(e.value));
     if (k < parts.size()) lines_[k]->setCurrentIndex(NearestEntry(static_cast<float>(ParseLeadingNumber(parts[k].toStdString()))));
     grid->addWidget(new QLabel(captions[k], this), k, 0);
     grid->addWidget(lines_[k], k, 1);
