@@ -401,8 +401,7 @@ Plan Doublet(const Inputs& in) {
   }
   p.rows = o.Build(c).rows;
   const SeidelSums z = SeidelOf(p);
-  p.rows.push_back({h, 0, 0, Row::AirPosit, kSphere});
-  p.rows[3].thickness = RoundTo(z.bfl, 3);
+  p.rows[3].thickness = RoundTo(z.bfl, 3);  // the update derives it again from the written rows
   Show(p, "Thickness lens A", p.rows[0].thickness, 2);
   Show(p, "Air space", p.rows[1].thickness, 2);
   Show(p, "Thickness lens B", p.rows[2].thickness, 2);
@@ -523,8 +522,7 @@ Plan Triplet(const Inputs& in) {
   }
   p.rows = o.Build(c).rows;
   const SeidelSums z = SeidelOf(p);
-  p.rows.back().thickness = RoundTo(z.bfl, 3);
-  p.rows.push_back({h, 0, 0, Row::AirPosit, kSphere});
+  p.rows.back().thickness = RoundTo(z.bfl, 3);  // the update derives it again from the written rows
   Show(p, "Thickness lens A", p.rows[0].thickness, 2);
   Show(p, "Thickness lens B", p.rows[2].thickness, 2);
   Show(p, "Air space 2", p.rows[3].thickness, 2);

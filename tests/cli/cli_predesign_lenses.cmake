@@ -53,7 +53,7 @@ if(NOT fa STREQUAL "400.00" OR NOT fb STREQUAL "-666.67" OR NOT va EQUAL -50 OR 
   message(FATAL_ERROR "doublet keys: ${fa} ${fb} ${va} ${vb}")
 endif()
 string(JSON count GET "${out}" SurfCount)
-if(NOT count EQUAL 5)
+if(NOT count EQUAL 4)
   message(FATAL_ERROR "doublet rows: ${count}")
 endif()
 
