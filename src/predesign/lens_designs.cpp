@@ -580,6 +580,8 @@ Plan Houghton(const Inputs& in, Kind kind) {
     F1 = F;
     E = box("axis-to-focus");
     D1 = DC + Div(DP * Df, F);
+    // The diagonal stands F - E in front of the mirror, inside the tube.
+    if (DP <= F - E) throw Refusal("The corrector must stand in front of the diagonal: DP greater than F - E");
   }
   Show(p, "Aperture Ratio ", Div(F, DC), 2);
   const double h = DC / 2;

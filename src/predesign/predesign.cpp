@@ -179,7 +179,7 @@ std::vector<KindSpec> BuildKinds() {
   const std::vector<InputSpec> lurie_inputs = {
       {"focal", " Focal  Length", "1250"},
       {"corrector-diameter", "DC (Corrector Diam.)", "250"},
-      {"corrector-distance", "DP (Corr.- mirror dist.)", "500"},
+      {"corrector-distance", "DP (Corr.- mirror dist.)", "1100"},
       {"axis-to-focus", "E(axis-foc. plane dist)", "200"},
       {"field", "Df  (field diam. in mm)", "20"},
       {"thickness", "Negat.Lens Center Thick.", "10"},

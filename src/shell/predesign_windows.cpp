@@ -275,7 +275,10 @@ PredesignWindow::PredesignWindow(MainWindow& main, predesign::Kind kind)
   auto* ext = new QGroupBox("For the telescope maker", this);
   extras_ = new QGridLayout(ext);
   middle->addWidget(ext);
-  if (spec_.glass == GlassUse::One) {
+  const bool houghton = kind == predesign::Kind::Houghton || kind == predesign::Kind::HoughtonAspheric ||
+                        kind == predesign::Kind::HoughtonCassegrain ||
+                        kind == predesign::Kind::HoughtonCassegrainAspheric;
+  if (spec_.glass == GlassUse::One && !houghton) {
     profile_ = new QTableWidget(0, 2, this);
     profile_->setObjectName("TableProfile");
     profile_->setHorizontalHeaderLabels({"Zone radius", "Depth"});

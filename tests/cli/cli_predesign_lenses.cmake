@@ -14,8 +14,8 @@ endfunction()
 
 set(glass "--catalog SCHOTT --glass N-BK7")
 set(kinds
-  "houghton ${glass} --focal 1250 --corrector-diameter 250 --corrector-distance 500 --axis-to-focus 200 --field 20 --thickness 10"
-  "houghton-aspheric --index 1.5187 --focal 1250 --corrector-diameter 250 --corrector-distance 500 --axis-to-focus 200 --field 20 --thickness 10"
+  "houghton ${glass} --focal 1250 --corrector-diameter 250 --corrector-distance 1100 --axis-to-focus 200 --field 20 --thickness 10"
+  "houghton-aspheric --index 1.5187 --focal 1250 --corrector-diameter 250 --corrector-distance 1100 --axis-to-focus 200 --field 20 --thickness 10"
   "houghton-cassegrain ${glass} --efl 2500 --f1 1000 --diameter 250 --back-focus 200 --corrector-diameter 250 --corrector-distance 900 --field 20 --thickness 10"
   "houghton-cassegrain-aspheric ${glass} --efl 2500 --f1 1000 --diameter 250 --back-focus 200 --corrector-diameter 250 --corrector-distance 900 --field 20 --thickness 10"
   "doublet --focal 1000 --semi-diameter 50 --glass-a SCHOTT:N-BK7 --glass-b SCHOTT:N-F2"
@@ -68,6 +68,11 @@ run_cli(2 out predesign houghton --index 0.9 --out ${WORK}/bad.ovn)
 string(JSON message GET "${out}" error)
 if(NOT message STREQUAL "Invalid Index value!")
   message(FATAL_ERROR "index check: ${out}")
+endif()
+run_cli(2 out predesign houghton --index 1.5 --corrector-distance 900 --out ${WORK}/bad.ovn)
+string(JSON message GET "${out}" error)
+if(NOT message STREQUAL "The corrector must stand in front of the diagonal: DP greater than F - E")
+  message(FATAL_ERROR "corrector place: ${out}")
 endif()
 run_cli(2 out predesign triplet --glass-c SCHOTT:NOSUCH --out ${WORK}/bad.ovn)
 if(EXISTS ${WORK}/bad.ovn)

@@ -229,6 +229,10 @@ TEST(Houghton, Refusals) {
   in.glass.indexText = {"0.8"};
   EXPECT_EQ(Calculate(Kind::Houghton, in).error, "Invalid Index value!");
   in = DefaultInputs(Kind::Houghton);
+  in.text["corrector-distance"] = "1050";  // F - E: on the diagonal
+  EXPECT_EQ(Calculate(Kind::Houghton, in).error,
+            "The corrector must stand in front of the diagonal: DP greater than F - E");
+  in = DefaultInputs(Kind::Houghton);
   in.text["thickness"] = "";
   EXPECT_FALSE(Calculate(Kind::Houghton, in).ok);
 }
