@@ -256,6 +256,16 @@ double ZoneError(const Plan& q, double h, double zone) {
   return y - Div(z * M, L);
 }
 
+// The rows as the maker reads them: radii to 3 decimals (as shown), the
+// lenses' and spaces' thicknesses up to the next 0.01 mm.
+void Tidy(Plan& p) {
+  for (std::size_t i = 0; i < p.rows.size(); ++i) {
+    Row& r = p.rows[i];
+    r.radius = RoundTo(r.radius, 3);
+    if (r.medium != Row::AirNegat && r.thickness > 0) r.thickness = std::ceil(r.thickness * 100 - 1e-6) / 100;
+  }
+}
+
 double RadiusOf(double c) { return std::fabs(c) < 1e-12 ? 0.0 : 1 / c; }
 
 std::vector<float> DesignWavelengths(const std::string& text) {
@@ -457,6 +467,7 @@ Plan Doublet(const Inputs& in) {
     c[i] = shown == 0 ? 0.0 : F / shown;
   }
   p.rows = o.Build(c).rows;
+  Tidy(p);
   const SeidelSums z = SeidelOf(p);
   p.rows[3].thickness = RoundTo(z.bfl, 3);  // the update derives it again from the written rows
   Show(p, "Thickness lens A", p.rows[0].thickness, 2);
@@ -597,6 +608,7 @@ Plan Triplet(const Inputs& in) {
     c[i] = shown == 0 ? 0.0 : F / shown;
   }
   p.rows = o.Build(c).rows;
+  Tidy(p);
   const SeidelSums z = SeidelOf(p);
   p.rows.back().thickness = RoundTo(z.bfl, 3);  // the update derives it again from the written rows
   Show(p, "Thickness lens A", p.rows[0].thickness, 2);
@@ -721,6 +733,7 @@ Plan Houghton(const Inputs& in, Kind kind) {
   p = [&] {
     Plan q = build(k_of(R1), k_of(R2), K);
     q.results = p.results;
+    Tidy(q);
     return q;
   }();
   Show(p, "Lens A Center Thick.", p.rows[0].thickness, 2);
