@@ -119,8 +119,9 @@ Vec Newton(const System& f, Vec x) {
 }
 
 // The pairs (a, b) where S1 = S2 = 0, weakest first: the local minima of the
-// scaled residual on a grid over [lo, hi] squared, each polished by Newton's
-// method. Scaled by the largest sums met on the grid, so both count alike.
+// scaled residual on an 81 by 81 grid over the two ranges, each polished by
+// Newton's method. Scaled by the largest sums met on the grid, so both count
+// alike.
 using Sums12 = std::function<std::array<double, 2>(double, double)>;
 struct Candidates {
   std::vector<std::array<double, 2>> roots;
