@@ -23,6 +23,11 @@ struct PredesignOptions {
 void AddKind(CLI::App& c, const KindSpec& k, PredesignOptions& o) {
   for (const predesign::InputSpec& in : k.inputs) {
     std::string help = in.caption;
+    if (std::string_view(in.key) == "air-spaced") {
+      c.add_flag_function("--air-spaced", [&o](std::int64_t) { o.text["air-spaced"] = "1"; },
+                          "an air space between the lenses (default: cemented)");
+      continue;
+    }
     if (*in.initial) help += std::string(" (window's start: ") + in.initial + ")";
     c.add_option(std::string("--") + in.key, o.text[in.key], help);
   }
@@ -109,6 +114,7 @@ nlohmann::json Run(const PredesignOptions& o) {
     j["profile"] = profile;
   }
   if (k.kind == predesign::Kind::Maksutov) j["MakShape"] = r.plan.makShape;
+  for (const auto& [key, value] : r.plan.numbers) j[key] = value;
   j["SurfCount"] = s.design.SurfCount;
   j["Efl"] = s.design.Efl;
   j["Bfl"] = s.design.Bfl;

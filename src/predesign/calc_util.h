@@ -76,6 +76,9 @@ Plan Schmidt(const Inputs& in, bool wright);
 Plan SchmidtCassegrain(const Inputs& in, Kind kind);
 Plan Maksutov(const Inputs& in);
 Plan MaksutovCassegrain(const Inputs& in);
+Plan Houghton(const Inputs& in, Kind kind);
+Plan Doublet(const Inputs& in);
+Plan Triplet(const Inputs& in);
 
 // The spacing of the secondary that moves the focus by a quarter wave of
 // defocus, for a secondary of magnification m in a beam of f-ratio N.

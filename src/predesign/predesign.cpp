@@ -174,6 +174,90 @@ std::vector<KindSpec> BuildKinds() {
                 "Step 4 - Click on Maksutov-Cass. Calculation: the meniscus, its spot secondary and its distance "
                 "are found together",
                 "Step 5 - Then Click the OK button for  analyzing"}});
+
+  // The Houghton family: a two-lens corrector of one glass with no power.
+  const std::vector<InputSpec> lurie_inputs = {
+      {"focal", " Focal  Length", "1250"},
+      {"corrector-diameter", "DC (Corrector Diam.)", "250"},
+      {"corrector-distance", "DP (Corr.- mirror dist.)", "1100"},
+      {"axis-to-focus", "E(axis-foc. plane dist)", "200"},
+      {"field", "Df  (field diam. in mm)", "20"},
+      {"thickness", "Negat.Lens Center Thick.", "10"},
+  };
+  const std::vector<InputSpec> hcass_inputs = {
+      {"efl", "EFL (system focal length)", "2500"},
+      {"f1", "F1 (primary focal length)", "1000"},
+      {"diameter", "D1 (primary diam.)", "250"},
+      {"back-focus", "BFL (focus behind primary)", "200"},
+      {"corrector-diameter", "DC (Corrector Diam.)", "250"},
+      {"corrector-distance", "DP (Corr.- mirror dist.)", "900"},
+      {"field", "Df  (field diam. in mm)", "20"},
+      {"thickness", "Negat.Lens Center Thick.", "10"},
+  };
+  auto houghton_help = [](const char* step3) {
+    return std::vector<const char*>{
+        "Step 1 - Choose the catalogue and the glass of the two corrector lenses, or type the index (DIRECT)",
+        "Step 2 - Choose the design wavelength (the e line unless changed)", step3,
+        "Step 4 - Click on  Calculate", "Step 5 - Click the OK button to analyze the project with Ovrin", kStepThird};
+  };
+  const char* lurie_step3 =
+      "Step 3 - Type the focal length, the corrector diameter, its distance from the mirror, the distance from "
+      "the axis to the focal plane, the field and the centre thickness of the negative lens";
+  const char* hcass_step3 =
+      "Step 3 - Type the system and primary focal lengths, the diameter, the back focus, the corrector diameter "
+      "and distance, the field and the centre thickness of the negative lens";
+  k.push_back({Kind::Houghton, "houghton", "FrmLurie", "Lurie-Houghton (single mirror) type  - PREDESIGN",
+               "LURIE-HOUGHTON Calculation", lurie_inputs, {}, GlassUse::One, houghton_help(lurie_step3)});
+  k.push_back({Kind::HoughtonAspheric, "houghton-aspheric", "FrmLurieAspheric",
+               "Lurie-Houghton with aspheric mirror - PREDESIGN", "LURIE-HOUGHTON Calculation", lurie_inputs, {},
+               GlassUse::One, houghton_help(lurie_step3)});
+  k.push_back({Kind::HoughtonCassegrain, "houghton-cassegrain", "FrmHCass",
+               "Houghton-Cassegrain (spherical mirrors) - PREDESIGN", "HOUGHTON-CASSEGRAIN Calculation", hcass_inputs,
+               {}, GlassUse::One, houghton_help(hcass_step3)});
+  k.push_back({Kind::HoughtonCassegrainAspheric, "houghton-cassegrain-aspheric", "FrmHCassAsf",
+               "Houghton-Cassegrain with aspheric secondary - PREDESIGN", "HOUGHTON-CASSEGRAIN Calculation",
+               hcass_inputs, {}, GlassUse::One, houghton_help(hcass_step3)});
+
+  // The lens designs: each lens its own glass at three wavelengths.
+  const std::vector<InputSpec> doublet_inputs = {
+      {"focal", "Focal length", "1000"},
+      {"semi-diameter", "Semi-diameter", "50"},
+      {"index-a", "Lens A indices n1,n2,n3 (empty: glass A)", ""},
+      {"glass-a", "Lens A glass CAT:NAME", "SCHOTT:N-BK7"},
+      {"index-b", "Lens B indices n1,n2,n3 (empty: glass B)", ""},
+      {"glass-b", "Lens B glass CAT:NAME", "SCHOTT:N-F2"},
+      {"wl", "Design wavelengths w1,w2,w3 (microns)", "0.54607,0.47999,0.64385"},
+      {"air-spaced", "Air-spaced (1) or cemented (0)", "0"},
+  };
+  k.push_back({Kind::Doublet, "doublet", "FrmDoublet", "Aplanatic Doublet -Predesign", "Calculate", doublet_inputs,
+               {}, GlassUse::None,
+               {"Step 1 - Click to select Lens A glass and Lens B glass, or type their indices at the three "
+                "wavelengths",
+                "Step 2 - Click to select design  wavelengths (main, then the pair for the dispersion)",
+                "Step 3 - Type the focal length and the semi-diameter; choose cemented or air-spaced",
+                "Step 4 - Click on Calculate: the achromatic powers and the aplanatic shapes are shown",
+                "Step 5 - Click the OK button to analyze the project with Ovrin", kStepThird}});
+  std::vector<InputSpec> triplet_inputs = {
+      {"focal", "Focal length", "900"},
+      {"semi-diameter", "Semi-diameter", "60"},
+      {"index-a", "Lens A indices n1,n2,n3 (empty: glass A)", ""},
+      {"glass-a", "Lens A glass CAT:NAME", "SCHOTT:N-FK51A"},
+      {"index-b", "Lens B indices n1,n2,n3 (empty: glass B)", ""},
+      {"glass-b", "Lens B glass CAT:NAME", "SCHOTT:N-KZFS2"},
+      {"index-c", "Lens C indices n1,n2,n3 (empty: glass C)", ""},
+      {"glass-c", "Lens C glass CAT:NAME", "SCHOTT:N-PK51"},
+      {"wl", "Design wavelengths w1,w2,w3 (microns)", "0.54607,0.47999,0.64385"},
+  };
+  k.push_back({Kind::Triplet, "triplet", "FrmTriplet", "Apochromatic Triplet design", "Calculate", triplet_inputs,
+               {}, GlassUse::None,
+               {"Step 1 - Click to select the glasses of lenses A, B and C, or type their indices at the three "
+                "wavelengths",
+                "Step 2 - Click to select design  wavelengths (main, then the pair for the dispersion)",
+                "Step 3 - Type the focal length and the semi-diameter",
+                "Step 4 - Click on Calculate: the apochromatic powers and the aplanatic shapes are shown",
+                "Step 5 - Correct by hand with the scroll bars (power of lens B, R5/R4, second air space); "
+                "Restore puts them back",
+                "Step 6 - Click the OK button to analyze the project with Ovrin", kStepThird}});
   return k;
 }
 
@@ -219,6 +303,7 @@ Inputs DefaultInputs(Kind k) {
     in.glass.indexText = {"1.51872", "1.52238", "1.51432"};
     in.glass.wavelengths = {kLineE, kLineF, kLineC};
   }
+  if (k == Kind::Triplet) in.scroll = {10000, 10000, 10000};
   return in;
 }
 
@@ -279,6 +364,12 @@ Outcome Calculate(Kind k, const Inputs& in) {
       case Kind::Monocentric: o.plan = SchmidtCassegrain(in, k); break;
       case Kind::Maksutov: o.plan = Maksutov(in); break;
       case Kind::MaksutovCassegrain: o.plan = MaksutovCassegrain(in); break;
+      case Kind::Houghton:
+      case Kind::HoughtonAspheric:
+      case Kind::HoughtonCassegrain:
+      case Kind::HoughtonCassegrainAspheric: o.plan = Houghton(in, k); break;
+      case Kind::Doublet: o.plan = Doublet(in); break;
+      case Kind::Triplet: o.plan = Triplet(in); break;
     }
     Extra(o.plan, "Field radius (medial image surface)", MedialFieldRadius(o.plan), 1, " mm");
     for (const Row& r : o.plan.rows) {
@@ -332,12 +423,21 @@ std::optional<std::string> WriteDesign(const Plan& p, DesignState& d, DesignShee
     sheet.Cell(i, 3) = ShortestText(r.radius);
     sheet.Cell(i, 4) = i == n ? "0" : ShortestText(r.thickness);
     if (r.medium == Row::Glass) {
-      if (direct) {
+      const bool lens = !p.lenses.empty();
+      if (lens && (r.lens < 0 || r.lens >= static_cast<int>(p.lenses.size()) ||
+                   r.lens >= static_cast<int>(p.lensIndex.size())))
+        return put_back(kDataInputError);
+      const GlassChoice& g = lens ? p.lenses[r.lens] : p.glass;
+      const std::vector<double>& index = lens ? p.lensIndex[r.lens] : p.index;
+      Catalogue row_cat = cat;
+      const bool row_direct = g.catalogue == "DIRECT" || g.catalogue.empty();
+      if (!row_direct && !CatalogueByName(g.catalogue, row_cat)) return put_back("Unknown catalogue " + g.catalogue);
+      if (row_direct) {
         std::array<double, kMaxWavelengths> idx{};
-        for (std::size_t k = 0; k < p.index.size() && k < idx.size(); ++k) idx[k] = p.index[k];
+        for (std::size_t k = 0; k < index.size() && k < idx.size(); ++k) idx[k] = index[k];
         if (!PickDirectIndices(d, sheet, i, idx)) return put_back("Invalid Index value!");
-      } else if (!PickCatalogueGlass(d, sheet, media, i, cat, p.glass.glass)) {
-        return put_back("No glass " + p.glass.glass + " in " + p.glass.catalogue);
+      } else if (!PickCatalogueGlass(d, sheet, media, i, row_cat, g.glass)) {
+        return put_back("No glass " + g.glass + " in " + g.catalogue);
       }
     } else {
       const bool negative = r.medium == Row::AirNegat;

@@ -31,6 +31,12 @@ enum class Kind {
   Monocentric,
   Maksutov,
   MaksutovCassegrain,
+  Houghton,
+  HoughtonAspheric,
+  HoughtonCassegrain,
+  HoughtonCassegrainAspheric,
+  Doublet,
+  Triplet,
 };
 
 // One input box: the key (the command line's option without "--"), the
@@ -103,6 +109,7 @@ struct Row {
   Medium medium = AirPosit;
   int type = kSphere;
   double conic = 0, a4 = 0, a6 = 0, a8 = 0;
+  int lens = 0;  // a Glass row of a lens design: which of Plan::lenses
 };
 
 // A dimension of the schematic: a horizontal span from z1 to z2 at height y,
@@ -134,6 +141,12 @@ struct Plan {
   double makShape = 0;     // the meniscus shape found by the scan
   std::vector<Dimension> dims;
   std::string system;      // the system's name for the design note
+  // Lens designs: the glass of each lens and its index at each wavelength;
+  // empty for the designs of one corrector glass (glass and index above).
+  std::vector<GlassChoice> lenses;
+  std::vector<std::vector<double>> lensIndex;
+  // Plain numbers the command line gives at the top level (VA, VB, ...).
+  std::vector<std::pair<std::string, double>> numbers;
 };
 
 struct Outcome {
@@ -165,6 +178,16 @@ struct MeniscusFigures {
 };
 MeniscusFigures MeniscusAberrations(const DesignState& d);
 void DrawAberrationCurves(const MeniscusFigures& f, Canvas& canvas, double width, double height);
+
+// The index of a lens at three wavelengths: typed as "n1,n2,n3", or a
+// catalogue glass "CAT:NAME" at the given wavelengths.
+std::vector<double> LensIndices(const std::string& typed, const std::string& glass,
+                                const std::vector<float>& wavelengths, GlassChoice* choice = nullptr);
+
+// The centre thickness of a lens of surface curvatures c1, c2 whose edge at
+// the semi-diameter h is at least max(1 mm, 5 % of the diameter), and no
+// thinner than `at_least`.
+double LensCentreThickness(double c1, double c2, double h, double at_least = 0);
 
 // The meniscus shape: the B of the smallest |v(B)|, by a coarse scan
 // (B = 2..1000 in steps of 1), then a fine one (+-1 in steps of 0.01).

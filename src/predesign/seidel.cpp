@@ -73,7 +73,13 @@ SeidelSums SeidelOf(const Plan& p) {
     SeidelSurface x;
     x.c = r.radius == 0 ? 0.0 : Div(1, r.radius);
     x.t = r.thickness;
-    double n1 = r.medium == Row::Glass ? (p.index.empty() ? 1.5 : p.index.front()) : 1.0;
+    double n1 = 1.0;
+    if (r.medium == Row::Glass) {
+      if (!p.lensIndex.empty() && r.lens >= 0 && r.lens < static_cast<int>(p.lensIndex.size()))
+        n1 = p.lensIndex[r.lens].front();
+      else
+        n1 = p.index.empty() ? 1.5 : p.index.front();
+    }
     if (r.medium == Row::AirNegat || (r.medium == Row::Glass && n < 0)) n1 = -n1;
     x.n = n1;
     if (r.type == kConic || r.type == kHighOrder) x.a4 = r.conic * std::pow(x.c, 3) / 8;

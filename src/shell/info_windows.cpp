@@ -270,6 +270,22 @@ const Chapter kChapters[] = {
      "least squares with the 37 Fringe Zernike polynomials. Th number of Zernike terms utilized in this "
      "analysis is 37. The coefficients are in units of wavelengths. Rays stopped inside the pupil count "
      "as no path difference in the fit. <b>Print</b> prints the table.</p>"},
+    {"LensPredesign", "Houghton, doublet and triplet pre-design",
+     "<h3>Houghton, doublet and triplet pre-design</h3><p>The <b>Houghton</b> windows put a corrector of "
+     "two lenses of one glass in front of spherical mirrors. Lens B is lens A with its curvatures reversed "
+     "in sign (R3 = -R1, R4 = -R2), so the pair has no power at the design wavelength; the power and the "
+     "bending of lens A are chosen so that the whole system has no third-order spherical aberration and "
+     "coma. The aspheric windows make R2 and R4 plane and let the conic of the last mirror take the place "
+     "of the bending.</p><p>The <b>doublet</b> splits the power between its lenses so that the foci of "
+     "wavelengths 2 and 3 meet (V = (n1 - 1) / (n3 - n2)); the shapes give zero spherical aberration and "
+     "zero coma when air-spaced, zero spherical aberration with the least coma when cemented. The "
+     "<b>triplet</b> brings all three wavelengths to one focus from the Abbe-like numbers and the partial "
+     "dispersions P = (n1 - n2) / (n3 - n2) of three glasses of your choice: glasses far apart in P give "
+     "weak lenses, glasses close in P strong ones and large higher-order aberrations. Its scroll bars "
+     "change the power of lens B, R5 against its aplanatic value and the second air space, and the design "
+     "is written and its aberration curves drawn at once; <b>Restore</b> puts them back.</p><p>Every lens "
+     "gets a centre thickness that leaves an edge of at least 1 mm, or 5 % of its diameter. The solution is "
+     "of the third order: analyse the design and refine it in the design window or with the optimiser.</p>"},
 };
 
 }  // namespace

@@ -27,6 +27,7 @@
 #include "glass/glass_pick.h"
 #include "shell/analysis_window.h"
 #include "shell/design_window.h"
+#include "shell/lens_pickers.h"
 #include "shell/main_window.h"
 #include "shell/widgets_util.h"
 
@@ -99,6 +100,12 @@ TelescopeChooser::TelescopeChooser(MainWindow& main) : main_(main) {
         {Kind::Baker, "Baker (flat field)"},
         {Kind::Monocentric, "Monocentric"}}},
       {"Meniscus", {{Kind::Maksutov, "Maksutov camera"}, {Kind::MaksutovCassegrain, "Maksutov-Cassegrain"}}},
+      {"Houghton (two-lens corrector)",
+       {{Kind::Houghton, "Lurie-Houghton, spherical mirror"},
+        {Kind::HoughtonAspheric, "Lurie-Houghton, aspheric mirror"},
+        {Kind::HoughtonCassegrain, "Houghton-Cassegrain, spherical mirrors"},
+        {Kind::HoughtonCassegrainAspheric, "Houghton-Cassegrain, aspheric secondary"}}},
+      {"Lens objectives", {{Kind::Doublet, "Aplanatic doublet"}, {Kind::Triplet, "Apochromatic triplet"}}},
   };
   auto* row = new QGridLayout;
   std::vector<std::pair<QRadioButton*, QString>> options;
@@ -176,7 +183,11 @@ PredesignWindow::PredesignWindow(MainWindow& main, predesign::Kind kind)
     box->setObjectName(QString("Text_") + in.key);
     box->setAlignment(Qt::AlignRight);
     box->setMaximumWidth(110);
-    FilterKeys(box, KeyFilter::NumericSilent);
+    const std::string_view key = in.key;
+    if (key.starts_with("index-") || key.starts_with("glass-") || key == "wl")
+      box->setMaximumWidth(200);  // lists and glass names
+    else
+      FilterKeys(box, KeyFilter::NumericSilent);
     grid->addWidget(caption, r, 0);
     grid->addWidget(box, r++, 1);
     boxes_[in.key] = box;
@@ -224,8 +235,11 @@ PredesignWindow::PredesignWindow(MainWindow& main, predesign::Kind kind)
     left->addWidget(g);
   }
 
+  const bool lenses = kind == predesign::Kind::Doublet || kind == predesign::Kind::Triplet;
+  if (lenses) AddLensPickers(left);
+
   auto* calc = new QPushButton(spec_.calculate, this);
-  calc->setObjectName("Command1");
+  calc->setObjectName(lenses ? "CommandCalc" : "Command1");
   connect(calc, &QPushButton::clicked, this, [this] { Calculate(); });
   left->addWidget(calc);
   if (spec_.variants.empty()) {
@@ -261,7 +275,10 @@ PredesignWindow::PredesignWindow(MainWindow& main, predesign::Kind kind)
   auto* ext = new QGroupBox("For the telescope maker", this);
   extras_ = new QGridLayout(ext);
   middle->addWidget(ext);
-  if (spec_.glass == GlassUse::One) {
+  const bool houghton = kind == predesign::Kind::Houghton || kind == predesign::Kind::HoughtonAspheric ||
+                        kind == predesign::Kind::HoughtonCassegrain ||
+                        kind == predesign::Kind::HoughtonCassegrainAspheric;
+  if (spec_.glass == GlassUse::One && !houghton) {
     profile_ = new QTableWidget(0, 2, this);
     profile_->setObjectName("TableProfile");
     profile_->setHorizontalHeaderLabels({"Zone radius", "Depth"});
@@ -301,6 +318,7 @@ PredesignWindow::PredesignWindow(MainWindow& main, predesign::Kind kind)
     middle->addWidget(new QLabel("Longitudinal spherical aberration (e green, F blue, C red)", this));
     middle->addWidget(aberrations_);
   }
+  if (kind == predesign::Kind::Triplet) AddTripletScrolls(middle, start);
   middle->addStretch();
   columns->addLayout(middle);
 
@@ -452,6 +470,93 @@ bool PredesignWindow::Analyze(const std::string& variant) {
   if (auto* sub = qobject_cast<QMdiSubWindow*>(parentWidget())) sub->raise();
   if (aberrations_) ShowAberrations(s.design);
   return true;
+}
+
+void PredesignWindow::AddLensPickers(QVBoxLayout* left) {
+  const bool triplet = spec_.kind == predesign::Kind::Triplet;
+  const QString suffix = triplet ? "Tripl" : "Dopp";
+  auto* g = new QGroupBox("Glasses and wavelengths", this);
+  auto* v = new QVBoxLayout(g);
+  for (const char* lens : triplet ? std::vector<const char*>{"A", "B", "C"} : std::vector<const char*>{"A", "B"}) {
+    auto* b = new QPushButton(QString("Click to select Lens %1 glass").arg(lens), g);
+    b->setObjectName(QString("CmdLens%1").arg(lens));
+    const std::string key = std::string(lens) == "A" ? "a" : std::string(lens) == "B" ? "b" : "c";
+    const QString name = QString("FrmLens%1%2").arg(lens, suffix);
+    connect(b, &QPushButton::clicked, this, [this, key, name, lens] {
+      auto* picker = new LensGlassPicker(this, name, lens, boxes_.at("glass-" + key)->text(), [this, key](const QString& g) {
+        SetInput("glass-" + key, g);
+        SetInput("index-" + key, "");
+        Calculate();
+      });
+      picker->show();
+    });
+    v->addWidget(b);
+  }
+  auto* wl = new QPushButton("Click to select design  wavelengths", g);
+  wl->setObjectName(triplet ? "CmdWLTripl" : "CmdWLDopp");
+  wl->setToolTip("Wave Length Selection");
+  const QString name = "FrmWL" + suffix;
+  connect(wl, &QPushButton::clicked, this, [this, name] {
+    auto* picker = new WavelengthPicker(this, name, boxes_.at("wl")->text(), [this](const QString& w) {
+      SetInput("wl", w);
+      Calculate();
+    });
+    picker->show();
+  });
+  v->addWidget(wl);
+  left->addWidget(g);
+}
+
+void PredesignWindow::AddTripletScrolls(QVBoxLayout* middle, const predesign::Inputs& start) {
+  auto* sg = new QGroupBox("Correction by hand", this);
+  auto* sl = new QGridLayout(sg);
+  struct Bar {
+    const char* name;
+    const char* caption;
+    int lo, hi, step;
+  };
+  // Power of lens B (x 1/10000), R5 against its aplanatic value, the second
+  // air space (10000 = 1 mm).
+  const Bar bars[] = {{"HScrollPower2", "Power of lens B", 9500, 10500, 5},
+                      {"HScrollR5R4", "R5 / R4", 9000, 11000, 10},
+                      {"HScrollAir2", "Second air space", 0, 50000, 500}};
+  for (int k = 0; k < 3; ++k) {
+    auto* s = new QScrollBar(Qt::Horizontal, sg);
+    s->setObjectName(bars[k].name);
+    s->setRange(bars[k].lo, bars[k].hi);
+    s->setSingleStep(bars[k].step);
+    s->setPageStep(10 * bars[k].step);
+    s->setValue(start.scroll[k]);
+    s->setMinimumWidth(160);
+    sl->addWidget(new QLabel(bars[k].caption, sg), k, 0);
+    sl->addWidget(s, k, 1);
+    scrolls_.push_back(s);
+    connect(s, &QScrollBar::valueChanged, this, [this] { ScrollMoved(); });
+  }
+  auto* restore_power = new QPushButton("Restore", sg);
+  restore_power->setObjectName("CmdRestorePower");
+  connect(restore_power, &QPushButton::clicked, this, [this] { scrolls_[0]->setValue(10000); });
+  sl->addWidget(restore_power, 0, 2);
+  auto* restore_shape = new QPushButton("Restore", sg);
+  restore_shape->setObjectName("CmdRestoreShape");
+  connect(restore_shape, &QPushButton::clicked, this, [this] {
+    scrolls_[1]->blockSignals(true);
+    scrolls_[1]->setValue(10000);
+    scrolls_[1]->blockSignals(false);
+    scrolls_[2]->setValue(10000);
+    ScrollMoved();
+  });
+  sl->addWidget(restore_shape, 1, 2, 2, 1);
+  osc_ = ValueLabel(sg, "LabelOSC", "");
+  sl->addWidget(new QLabel(" O S C", sg), 3, 0);
+  sl->addWidget(osc_, 3, 1);
+  middle->addWidget(sg);
+  aberrations_ = new PlotView(1.0, this);
+  aberrations_->setObjectName("Picture2");
+  aberrations_->setMinimumSize(220, 220);
+  aberrations_->setMaximumHeight(240);
+  middle->addWidget(new QLabel("Longitudinal spherical aberration (wavelengths 1, 2, 3)", this));
+  middle->addWidget(aberrations_);
 }
 
 void PredesignWindow::ScrollMoved() {

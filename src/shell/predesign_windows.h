@@ -17,6 +17,7 @@ class QPrinter;
 class QPushButton;
 class QScrollBar;
 class QTableWidget;
+class QVBoxLayout;
 
 namespace ovrin::shell {
 
@@ -62,6 +63,8 @@ class PredesignWindow : public QWidget {
   void FillGlassList();
   void UpdateIndexFromGlass();
   void ScrollMoved();
+  void AddLensPickers(QVBoxLayout* left);
+  void AddTripletScrolls(QVBoxLayout* middle, const predesign::Inputs& start);
   void ShowAberrations(const DesignState& d);
   void Help();
   void Print();

@@ -350,7 +350,7 @@ TEST(Kinds, EveryKindHasItsWindowHelpAndInputs) {
     EXPECT_EQ(FindKind(k.cli), &k);
     EXPECT_EQ(FindWindow(k.window), &k);
   }
-  EXPECT_EQ(FindKind("houghton"), nullptr);
+  EXPECT_EQ(FindKind("no-such-kind"), nullptr);
 }
 
 }  // namespace
