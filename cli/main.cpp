@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
 
   std::map<CLI::App*, Runner> runners;
   for (const auto& table :
-       {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(), PredesignCommands()}) {
+       {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(), PredesignCommands(),
+        GeometricFamilyCommands()}) {
     for (const Command& c : table) {
       CLI::App* sub = app.add_subcommand(c.name, c.help);
       runners[sub] = c.setup(*sub);

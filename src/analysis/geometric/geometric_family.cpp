@@ -924,4 +924,11 @@ BestFocusResult ComputeBestFocus(const DesignState& d, const FamilySettings& s, 
   return r;
 }
 
+void ApplyFocusShift(DesignState& d, DesignSheet& sheet, double shift) {
+  const int last = d.SurfCount;
+  if (last < 1) return;
+  d.Thickness[last] += shift;
+  sheet.Cell(last, 4) = ShortestText(d.Thickness[last]);
+}
+
 }  // namespace ovrin

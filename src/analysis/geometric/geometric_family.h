@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "core/design_sheet.h"
 #include "core/design_state.h"
 #include "core/ray_tracer.h"
 #include "output/canvas.h"
@@ -301,6 +302,9 @@ struct BestFocusResult {
   double valueAtStart = 0;
 };
 BestFocusResult ComputeBestFocus(const DesignState& d, const FamilySettings& s, const BestFocusSettings& b);
+// Adds a focus shift to the last surface's thickness, in the table and in the
+// sheet's cell; the caller runs the system update afterwards.
+void ApplyFocusShift(DesignState& d, DesignSheet& sheet, double shift);
 
 // The RMS spot radius of the checked wavelengths, weighted, at a field and focus shift.
 double PolychromaticRms(const DesignState& d, const FamilySettings& s, double field, double shift,
