@@ -23,6 +23,7 @@
 #include "shell/dialogs.h"
 #include "shell/layout_window.h"
 #include "shell/geometric_windows.h"
+#include "shell/geometric_family_windows.h"
 #include "shell/predesign_windows.h"
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
@@ -48,6 +49,7 @@ MainWindow::MainWindow(Session& session) : session_(session) {
   BuildWindows();
   BuildMenus();
   BuildToolbar();
+  ConnectRmsScans(*this);
   statusFile_ = new QLabel(this);
   statusFile_->setObjectName("StatusFile");
   statusUpdate_ = new QLabel(this);
@@ -82,6 +84,8 @@ void MainWindow::BuildWindows() {
   windows_["FrmTelDes"] = child([this] { return new TelescopeChooser(*this); });
   for (const predesign::KindSpec& k : predesign::Kinds())
     windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
+  for (const auto& [name, kind] : FamilyWindows())
+    windows_[Q(name)] = child([this, kind = kind] { return new FamilyWindow(*this, kind); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });

@@ -762,12 +762,15 @@ RealRayResult ComputeRealRay(const DesignState& d, const FamilySettings& s, cons
     r.error = kRayTraceError;
   }
   std::ostringstream o;
-  o << "Surf        X            Y            Z          cosX       cosY       cosZ     AOI(deg)    Path\n";
+  auto col = [&o](const std::string& v) { o << std::string(v.size() < 12 ? 12 - v.size() : 1, ' ') << v; };
+  for (const char* h : {"Surf", "X", "Y", "Z", "cosX", "cosY", "cosZ", "AOI(deg)", "Path"}) col(h);
+  o << "\n";
   for (const RealRayRow& row : r.rows) {
-    o << (row.surface == d.SurfCount + 1 ? std::string("IMA ") : FormatFixed(row.surface, 0) + "   ");
-    for (double v : {row.x, row.y, row.z}) o << "  " << FormatFixed(v, 6);
-    for (double v : {row.cosX, row.cosY, row.cosZ}) o << "  " << FormatFixed(v, 7);
-    o << "  " << FormatFixed(row.incidence, 4) << "  " << FormatFixed(row.path, 5);
+    col(row.surface == d.SurfCount + 1 ? std::string("IMA") : FormatFixed(row.surface, 0));
+    for (double v : {row.x, row.y, row.z}) col(FormatFixed(v, 6));
+    for (double v : {row.cosX, row.cosY, row.cosZ}) col(FormatFixed(v, 7));
+    col(FormatFixed(row.incidence, 4));
+    col(FormatFixed(row.path, 5));
     if (row.stopped) o << "  vignetted";
     o << "\n";
   }

@@ -70,7 +70,7 @@ void DrawSpotFamily(const SpotFamilyResult& r, const FamilySettings& s, const Sp
       if (std::fabs(x - cx) < 50 && std::fabs(y - cy) < 45) c.Point(x, y, RayColor(nullptr, h.wl));
     }
   }
-  c.Text(2, -rows * 110.0 + 8, "Cell width " + FormatFixed(100 / units_per_mm, 4) + " mm", ink);
+  c.Text(cols * 100.0 - 98, -rows * 110.0 + 8, "Cell " + FormatFixed(100 / units_per_mm, 4) + " mm", ink);
 }
 
 void DrawCurvePlot(const CurvePlot& p, int background, Canvas& c) {
@@ -176,7 +176,8 @@ void DrawFootprint(const FootprintResult& r, int background, Canvas& c) {
   c.Circle(0, 0, r.clearRadius, PlotInk(background));
   for (std::size_t f = 0; f < r.points.size(); ++f)
     for (std::size_t i = 0; i < r.points[f].size(); ++i)
-      c.Point(r.points[f][i].x, r.points[f][i].y, r.stopped[f][i] ? Rgb{120, 120, 120} : colors[f % 3]);
+      c.Circle(r.points[f][i].x, r.points[f][i].y, half * 0.005,
+               r.stopped[f][i] ? Rgb{150, 150, 150} : colors[f % 3]);
   c.Text(-half * 0.95, half * 0.95, "Clear aperture radius " + FormatFixed(r.clearRadius, 3) + " mm",
          PlotInk(background));
 }
