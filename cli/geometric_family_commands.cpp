@@ -7,7 +7,6 @@
 #include "analysis/geometric/geometric_family.h"
 #include "cli_common.h"
 #include "core/number_text.h"
-#include "core/system_update.h"
 
 namespace ovrin::cli {
 
@@ -417,7 +416,6 @@ Runner BestFocusCommand(CLI::App& c) {
            {"unit", o->criterion == "spot" ? "mm" : "waves"}};
     if (!o->save.empty()) {
       ApplyFocusShift(l->design, l->sheet, r.shift);
-      if (!cmdupdate(l->design, l->sheet, l->media).ok) throw CliFailure(kDataInputError);
       SaveDesign(*l, o->save);
       j["saved"] = o->save;
     }

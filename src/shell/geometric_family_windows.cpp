@@ -134,9 +134,12 @@ FamilyWindow::FamilyWindow(MainWindow& main, FamilyKind kind)
       AddBox("TxtZoom", "Zoom", "1");
       break;
     case FamilyKind::MatrixSpot:
-    case FamilyKind::TotalFieldSpot:
       AddBox("TxtFields", "Fields", "0, 0.7, 1");
       AddBox("TxtZoom", "Zoom", "1");
+      break;
+    case FamilyKind::TotalFieldSpot:
+      AddBox("TxtFields", "Fields", "0, 0.7, 1");
+      AddBox("TxtZoom", "Spot magnification", "100");
       break;
     case FamilyKind::RmsVersus: {
       scanBox_ = new QComboBox(this);
@@ -212,7 +215,7 @@ FamilyWindow::FamilyWindow(MainWindow& main, FamilyKind kind)
       connect(b, &QPushButton::clicked, this, [this] {
         if (!computed_) Update();
         if (!best_.error.empty()) return;
-        if (AskYesNo(this, "Add the focus shift " + Q(Fixed(best_.shift, 5)) + " mm to the last thickness?",
+        if (AskYesNo(this, "Write the focus shift " + Q(Fixed(best_.shift, 5)) + " mm into the last thickness?",
                      windowTitle()))
           ApplyBestFocus();
       });
@@ -536,8 +539,12 @@ bool FamilyWindow::ExportCfsTo(const QString& path) {
 bool FamilyWindow::ApplyBestFocus() {
   if (kind_ != FamilyKind::BestFocus || !computed_ || !best_.error.empty()) return false;
   Session& s = main_.session();
+  // The system update clears the last thickness again: the shift stays in the
+  // table and the grid until then, and this window takes the new image distance.
   ApplyFocusShift(s.design, s.sheet, best_.shift);
-  return main_.RunUpdate();
+  actualBfl_->setText(Q(Fixed(best_.imageDistance, 4)));
+  main_.RefreshAll();
+  return true;
 }
 
 void ConnectRmsScans(MainWindow& main) {

@@ -182,7 +182,9 @@ const Chapter kChapters[] = {
     {"TotalFieldSpot", "Total field spot diagram",
      "<h3>Total field spot diagram</h3><p>The spots of the <b>Fields</b> list drawn where they fall on "
      "the image plane, all to one scale (the bar gives it), so that distortion and the image size are seen "
-     "as they are. The text gives each spot's chief-ray height and RMS radius.</p>"},
+     "as they are. <b>Spot magnification</b> spreads each spot's rays about its chief ray by that factor "
+     "(1 shows the spots at their true size); the places stay true. The text gives each spot's chief-ray "
+     "height and RMS radius.</p>"},
     {"RmsVersus", "RMS spot size versus focus, field or wavelength",
      "<h3>RMS spot size versus...</h3><p>The RMS spot radius (about the centroid, all checked wavelengths, "
      "weighted) along a scan: <b>Focus</b>, from -range to +range around the focus in use, at the chosen "
@@ -253,9 +255,10 @@ const Chapter kChapters[] = {
      "one of two measures, on axis or at a field: <b>Min. RMS spot</b>, the RMS spot radius of all "
      "checked wavelengths, weighted; <b>Min. RMS wavefront</b>, the weighted RMS of the wavefront error "
      "(piston removed) on the reference sphere. A coarse scan over the search range (0: forty depths of "
-     "focus, 40 N&sup2; &lambda;) is refined by golden sections. <b>Write into last thickness</b> adds "
-     "the shift to the last surface's thickness, after a question, and updates the system. The graph is "
-     "the RMS spot radius through focus.</p>"},
+     "focus, 40 N&sup2; &lambda;, at least 0.05 mm) is refined by golden sections. <b>Write into last "
+     "thickness</b> adds the shift to the last surface's thickness in the grid, after a question, and puts "
+     "the new image distance into <b>Actual B.F.L.</b>; the next system update sets the last thickness to "
+     "0 again, as it always does. The graph is the RMS spot radius through focus.</p>"},
 };
 
 }  // namespace

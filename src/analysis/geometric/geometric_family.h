@@ -303,7 +303,8 @@ struct BestFocusResult {
 };
 BestFocusResult ComputeBestFocus(const DesignState& d, const FamilySettings& s, const BestFocusSettings& b);
 // Adds a focus shift to the last surface's thickness, in the table and in the
-// sheet's cell; the caller runs the system update afterwards.
+// sheet's cell. The system update sets that thickness to 0 again: the value
+// is a record of the shift for the design file and the grid until then.
 void ApplyFocusShift(DesignState& d, DesignSheet& sheet, double shift);
 
 // The RMS spot radius of the checked wavelengths, weighted, at a field and focus shift.

@@ -24,29 +24,36 @@ Rgb RayColor(const DesignState* d, int wl) {
 void DrawSpotFamily(const SpotFamilyResult& r, const FamilySettings& s, const SpotFamilySettings& f, Canvas& c) {
   const Rgb ink = PlotInk(s.background);
   if (f.family == SpotFamily::TotalField) {
-    // The image plane to scale: every spot at its true place.
+    // The image plane to scale: every spot at its true place, its rays
+    // spread about the chief ray by the zoom (1 is the true size).
+    const double zoom = std::max(f.zoom, 1e-9);
     double lo = 1e300, hi = -1e300, xr = 0;
     for (const SpotCell& cell : r.cells)
-      for (const RayHit& h : cell.hits) lo = std::min(lo, h.y), hi = std::max(hi, h.y), xr = std::max(xr, std::fabs(h.x));
+      for (const RayHit& h : cell.hits) {
+        const double y = cell.chiefY + (h.y - cell.chiefY) * zoom, x = cell.chiefX + (h.x - cell.chiefX) * zoom;
+        lo = std::min(lo, y), hi = std::max(hi, y), xr = std::max(xr, std::fabs(x));
+      }
     if (r.cells.empty() || lo > hi) {
       c.Window(-1, 1, 1, -1);
       c.Clear(PlotBackground(s.background));
       return;
     }
-    const double half = std::max({(hi - lo) / 2, xr, 1e-3}) * 1.25 / std::max(f.zoom, 1e-9);
+    const double half = std::max({(hi - lo) / 2, xr, 1e-3}) * 1.15;
     const double mid = (hi + lo) / 2;
     c.Window(-half * 1.3, mid + half, half * 1.3, mid - half);
     c.Clear(PlotBackground(s.background));
     c.Line(-half * 1.3, 0, half * 1.3, 0, {160, 160, 160}, 1);
     c.Line(0, mid - half, 0, mid + half, {160, 160, 160}, 1);
     for (const SpotCell& cell : r.cells) {
-      for (const RayHit& h : cell.hits) c.Point(h.x, h.y, RayColor(nullptr, h.wl));
-      c.Text(half * 0.35, cell.chiefY, cell.title + "  y " + FormatFixed(cell.chiefY, 3) + "  RMS " +
-                                           FormatFixed(cell.stats.rms * 1000, 2) + " um", ink);
+      for (const RayHit& h : cell.hits)
+        c.Point(cell.chiefX + (h.x - cell.chiefX) * zoom, cell.chiefY + (h.y - cell.chiefY) * zoom,
+                RayColor(nullptr, h.wl));
+      c.Text(-half * 1.25, cell.chiefY + half * 0.03, cell.title + "  y " + FormatFixed(cell.chiefY, 3) + " mm", ink);
+      c.Text(-half * 1.25, cell.chiefY - half * 0.05, "RMS " + FormatFixed(cell.stats.rms * 1000, 2) + " um", ink);
     }
     const double bar = NiceTicks(0, half, 3).back();
-    c.Line(-half * 1.2, mid - half * 0.9, -half * 1.2 + bar, mid - half * 0.9, ink, 2);
-    c.Text(-half * 1.2, mid - half * 0.8, FormatFixed(bar, 3) + " mm", ink);
+    c.Line(half * 0.5, mid - half * 0.9, half * 0.5 + bar, mid - half * 0.9, ink, 2);
+    c.Text(half * 0.5, mid - half * 0.8, FormatFixed(bar, 3) + " mm" + (zoom != 1 ? "  (spots x" + FormatFixed(zoom, 0) + ")" : ""), ink);
     return;
   }
   // A grid of cells 100 units wide; one scale for all of them.
