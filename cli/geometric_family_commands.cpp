@@ -104,7 +104,9 @@ Command SpotFamilyCommand(const char* name, const char* help, SpotFamily family)
                 cells.push_back(cj);
               }
               j["cells"] = cells;
-              Picture(o->common, 1000, 700, j, [&](Canvas& cv) { DrawSpotFamily(r, s, o->f, cv); });
+              const int height = o->f.family == SpotFamily::Multi ? 440 : 770;
+              o->f.aspect = 1000.0 / height;
+              Picture(o->common, 1000, height, j, [&](Canvas& cv) { DrawSpotFamily(r, s, o->f, cv); });
               return j;
             };
           }};

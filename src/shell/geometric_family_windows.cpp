@@ -29,7 +29,7 @@ struct KindSpec {
 
 const std::vector<KindSpec>& Specs() {
   static const std::vector<KindSpec> specs = {
-      {FamilyKind::MultiSpot, "Frmmultispot", "Multi-SpotDiagram (through Focus/Field)", "MultiSpot", {"Picture1"}, 500.0 / 220},
+      {FamilyKind::MultiSpot, "Frmmultispot", "Multi-SpotDiagram (through Focus/Field)", "MultiSpot", {"Picture1"}, 500.0 / 234},
       {FamilyKind::MatrixSpot, "FrmMatrix", "Matrix SpotDiagram", "MatrixSpot", {"Picture1"}, 1.3},
       {FamilyKind::TotalFieldSpot, "FrmTotalFieldSpot", "Total Field Spot Diagram", "TotalFieldSpot", {"Picture1"}, 1.3},
       {FamilyKind::RmsVersus, "FrmRMS", "RMS Spot size versus....", "RmsVersus", {"Picture1"}, 1.5},
@@ -306,6 +306,7 @@ void FamilyWindow::Recompute() {
         if (!f.empty()) spotSet_.fields = f;
       }
       spotSet_.zoom = Number("TxtZoom") > 0 ? Number("TxtZoom") : 1;
+      spotSet_.aspect = SpecOf(kind_).aspect;
       spots_ = ComputeSpotFamily(d, s, spotSet_);
       error = spots_.error;
       t << Column("Spot", 26) << Column("Focus", 12) << Column("Chief Y", 12) << Column("RMS (mm)", 12)

@@ -202,6 +202,100 @@ Bundle PolyBundle(const DesignState& d, const FamilySettings& s, double field, d
   return all;
 }
 
+// The rays of a field traced once to the last surface; each focus then
+// costs one plane intersection a ray. The scans through focus use it.
+class FocusScan {
+ public:
+  FocusScan(const DesignState& d, const FamilySettings& s, double field) : d_(d), s_(s) {
+    const std::vector<int> wls = CheckedWavelengths(d, s);
+    Tracer t(d);
+    AimField(d, s, field, 0, t);
+    const double a = d.EntrBeamSemiDiam;
+    const int n = std::max(1, s.div);
+    const double step = a / n;
+    bool first = true;
+    for (int k : wls) {
+      BundleRun run;
+      run.wavelength = k;
+      const SurfaceLoopPolicy policy = PolicyOf(run);
+      double w = wls.size() > 1 ? std::max(0.0f, d.WlWeight[k]) : 1.0;
+      if (wls.size() > 1 && w == 0) w = 1;
+      if (first) {
+        SurfaceLoopPolicy chief = policy;
+        chief.testAperture = false;
+        t.RayX = t.RayY = 0;
+        t.StartRay();
+        t.TraceSurfaces(chief);
+        chief_ = Save(t, 0, 0, 1, k);
+        first = false;
+      }
+      for (int iy = -n; iy <= n; ++iy)
+        for (int ix = -n; ix <= n; ++ix) {
+          const double px = ix * step, py = iy * step;
+          if (px * px + py * py > a * a * (1 + 1e-9)) continue;
+          ++traced_;
+          try {
+            t.RayX = px, t.RayY = py, t.RayZ = 0;
+            t.StartRay();
+            t.TraceSurfaces(policy);
+          } catch (const TraceError&) {
+            ++stopped_;
+            continue;
+          }
+          if (t.RayVignetted) {
+            ++stopped_;
+            continue;
+          }
+          rays_.push_back(Save(t, px, py, w, k));
+        }
+    }
+  }
+
+  Bundle At(double shift) const {
+    Bundle b;
+    b.traced = traced_;
+    b.stopped = stopped_;
+    Tracer t(d_);
+    const double dist = ImageDistanceOf(d_, s_) + shift;
+    Land(t, chief_, dist);
+    b.chiefX = t.RayX, b.chiefY = t.RayY;
+    for (const State& r : rays_) {
+      try {
+        Land(t, r, dist);
+      } catch (const TraceError&) {
+        ++b.stopped;
+        continue;
+      }
+      if (!std::isfinite(t.RayX) || !std::isfinite(t.RayY)) {
+        ++b.stopped;
+        continue;
+      }
+      b.hits.push_back({t.RayX, t.RayY, r.w, r.wl, r.px, r.py});
+    }
+    return b;
+  }
+
+ private:
+  struct State {
+    double x, y, z, cx, cy, cz, px, py, w;
+    int wl;
+  };
+  static State Save(const Tracer& t, double px, double py, double w, int wl) {
+    return {t.RayX, t.RayY, t.RayZ, t.RayCosX, t.RayCosY, t.RayCosZ, px, py, w, wl};
+  }
+  void Land(Tracer& t, const State& r, double dist) const {
+    t.RayX = r.x, t.RayY = r.y, t.RayZ = r.z;
+    t.RayCosX = r.cx, t.RayCosY = r.cy, t.RayCosZ = r.cz;
+    t.SetWavelength(r.wl);
+    t.TraceToImage(dist);
+  }
+  const DesignState& d_;
+  const FamilySettings& s_;
+  State chief_{};
+  std::vector<State> rays_;
+  int traced_ = 0, stopped_ = 0;
+};
+
 }  // namespace
 
 double PolychromaticRms(const DesignState& d, const FamilySettings& s, double field, double shift,
@@ -268,9 +362,11 @@ RmsVersusResult ComputeRmsVersus(const DesignState& d, const FamilySettings& s, 
   const double fno = WorkingFNumber(d);
   try {
     if (v.scan == RmsScan::Focus) {
+      const FocusScan scan(d, s, v.field);
       for (double x : Steps(-v.defocus, v.defocus, v.steps)) {
+        const Bundle b = scan.At(x);
         r.x.push_back(x);
-        r.rms.push_back(PolychromaticRms(d, s, v.field, x));
+        r.rms.push_back(b.hits.empty() ? std::numeric_limits<double>::infinity() : StatsOf(b.hits).rms);
         r.airy.push_back(1.22 * d.Wavelength[0] / 1000.0 * fno);
       }
       r.plot.xTitle = "Focus shift (mm)";
@@ -671,8 +767,9 @@ MtfResult ComputeGeometricMtfFocus(const DesignState& d, const FamilySettings& s
   try {
     for (std::size_t i = 0; i < m.fields.size(); ++i) {
       std::vector<double> t, sg;
+      const FocusScan scan(d, s, m.fields[i]);
       for (double shift : r.x) {
-        const Bundle b = PolyBundle(d, s, m.fields[i], shift, CheckedWavelengths(d, s));
+        const Bundle b = scan.At(shift);
         t.push_back(GeometricMtfOf(b.hits, m.frequency, true) * diff);
         sg.push_back(GeometricMtfOf(b.hits, m.frequency, false) * diff);
       }
@@ -911,8 +1008,13 @@ BestFocusResult ComputeBestFocus(const DesignState& d, const FamilySettings& s, 
   double range = bf.range;
   if (range <= 0) range = std::max(0.05, 40 * WorkingFNumber(d) * WorkingFNumber(d) * d.Wavelength[0] / 1000.0);
   std::function<double(double)> merit;
+  std::optional<FocusScan> scan;
   if (bf.criterion == FocusCriterion::Spot) {
-    merit = [&](double shift) { return PolychromaticRms(d, s, bf.field, shift); };
+    merit = [&](double shift) {
+      if (!scan) scan.emplace(d, s, bf.field);
+      const Bundle b = scan->At(shift);
+      return b.hits.empty() ? std::numeric_limits<double>::infinity() : StatsOf(b.hits).rms;
+    };
   } else {
     merit = [&](double shift) { return RmsWavefront(d, s, bf.field, base + shift); };
   }

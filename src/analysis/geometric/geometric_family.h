@@ -96,6 +96,7 @@ struct SpotFamilySettings {
   double focusStep = 0.05;  // mm between the five focus steps
   std::vector<double> fields{0, 0.7, 1};  // the field and matrix rows, the total-field spots
   double zoom = 1;                        // drawing: 1 fits the largest spot
+  double aspect = 0;                      // drawing: width / height of the picture, 0 as the grid needs
 };
 
 struct SpotFamilyResult {

@@ -58,7 +58,17 @@ void DrawSpotFamily(const SpotFamilyResult& r, const FamilySettings& s, const Sp
   }
   // A grid of cells 100 units wide; one scale for all of them.
   const int rows = std::max(1, r.rows), cols = std::max(1, r.cols);
-  c.Window(0, 0, cols * 100.0, -rows * 110.0);
+  // Square cells whatever the picture's proportions: the grid is padded.
+  double w = cols * 100.0, h = rows * 110.0 + 14;
+  double left = 0, top = 0;
+  if (f.aspect > 0 && w / h < f.aspect) {
+    left = -(f.aspect * h - w) / 2;
+    w = f.aspect * h;
+  } else if (f.aspect > 0) {
+    top = (w / f.aspect - h) / 2;
+    h = w / f.aspect;
+  }
+  c.Window(left, top, left + w, top - h);
   c.Clear(PlotBackground(s.background));
   double biggest = 0;
   for (const SpotCell& cell : r.cells) biggest = std::max({biggest, cell.stats.maxRadius, cell.airyRadius});
@@ -77,7 +87,7 @@ void DrawSpotFamily(const SpotFamilyResult& r, const FamilySettings& s, const Sp
       if (std::fabs(x - cx) < 50 && std::fabs(y - cy) < 45) c.Point(x, y, RayColor(nullptr, h.wl));
     }
   }
-  c.Text(cols * 100.0 - 98, -rows * 110.0 + 8, "Cell " + FormatFixed(100 / units_per_mm, 4) + " mm", ink);
+  c.Text(cols * 100.0 - 98, -rows * 110.0 - 3, "Cell " + FormatFixed(100 / units_per_mm, 4) + " mm", ink);
 }
 
 void DrawCurvePlot(const CurvePlot& p, int background, Canvas& c) {
