@@ -354,7 +354,7 @@ void FamilyWindow::Recompute() {
         dec.push_back(6);
       }
       t << Table(head, cols, dec) << "Airy radius " << Fixed(r.airyRadius, 5) << " mm\n";
-      if (r.wavelengths.empty()) t << "Check a second wavelength to see lateral colour.\n";
+      if (r.wavelengths.empty()) t << "The design has one wavelength: no lateral colour.\n";
       break;
     }
     case FamilyKind::FocalShift: {

@@ -200,7 +200,8 @@ const Chapter kChapters[] = {
      "field points: grey the paraxial grid, blue where the real chief rays land (a barrel or pincushion "
      "at a glance).</p>"},
     {"LateralColour", "Lateral colour",
-     "<h3>Lateral colour</h3><p>For each checked wavelength after the first, its chief-ray height on the "
+     "<h3>Lateral colour</h3><p>For each checked wavelength after the first (every wavelength in use when "
+     "only the first is checked), its chief-ray height on the "
      "image plane minus that of wavelength 1, from the axis to the full field. It is 0 on the axis. The "
      "grey lines mark plus and minus the Airy radius of wavelength 1: lateral colour inside them is not "
      "seen.</p>"},

@@ -498,6 +498,10 @@ LateralColourResult ComputeLateralColour(const DesignState& d, const FamilySetti
   r.airyRadius = 1.22 * d.Wavelength[0] / 1000.0 * WorkingFNumber(d);
   for (int k : CheckedWavelengths(d, s))
     if (k != 1) r.wavelengths.push_back(k);
+  // With nothing to compare, every wavelength in use.
+  if (r.wavelengths.empty())
+    for (int k = 2; k <= 6; ++k)
+      if (WavelengthInUse(d, k)) r.wavelengths.push_back(k);
   try {
     r.field = Steps(0, 1, steps);
     std::vector<double> base;
@@ -516,6 +520,8 @@ LateralColourResult ComputeLateralColour(const DesignState& d, const FamilySetti
   r.plot.curves.push_back({"-Airy radius", {150, 150, 150}, {0, 1}, {-r.airyRadius, -r.airyRadius}});
   r.plot.xTitle = "Field (fraction of full field)";
   r.plot.yTitle = "Lateral colour (mm)";
+  r.plot.yMin = -1.25 * r.airyRadius;
+  r.plot.yMax = 1.25 * r.airyRadius;
   return r;
 }
 

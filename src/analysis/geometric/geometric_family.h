@@ -152,7 +152,8 @@ struct DistortionResult {
 DistortionResult ComputeDistortion(const DesignState& d, const FamilySettings& s, int steps = 10);
 void DrawDistortionGrid(const DistortionResult& r, int background, Canvas& c);
 
-// Lateral colour: chief-ray height of each wavelength minus wavelength 1's.
+// Lateral colour: chief-ray height of each wavelength minus wavelength 1's,
+// for the checked wavelengths, or every one in use when only 1 is checked.
 struct LateralColourResult {
   std::string error;
   std::vector<double> field;
