@@ -330,5 +330,42 @@ TEST(GeometricPsf, DensityPeaksAtOneAndHoldsEveryRay) {
   EXPECT_DOUBLE_EQ(peak, 1.0);
 }
 
+
+TEST(FocusScans, LandingOneTraceMatchesTracingAnewAndPeaksAtFocus) {
+  // The focus scan carries one trace to each image plane: its RMS must be the
+  // one of a bundle traced from the start at that focus, for a field point
+  // with coma and astigmatism.
+  TestDesign t;
+  Paraboloid(t, 0.5);
+  FamilySettings s = SettingsOf(t);
+  RmsVersusSettings v;
+  v.field = 1;
+  v.defocus = 0.3;
+  v.steps = 6;
+  const RmsVersusResult r = ComputeRmsVersus(t.d, s, v);
+  ASSERT_EQ(r.error, "");
+  for (std::size_t i = 0; i < r.x.size(); ++i)
+    EXPECT_NEAR(r.rms[i], PolychromaticRms(t.d, s, 1, r.x[i]), 1e-12) << r.x[i];
+  // On axis the geometric MTF through focus is the diffraction value at focus.
+  MtfSettings m;
+  m.fields = {0};
+  m.frequency = 50;
+  m.defocus = 0.2;
+  m.focusSteps = 4;
+  const MtfResult f = ComputeGeometricMtfFocus(t.d, s, m);
+  ASSERT_EQ(f.error, "");
+  EXPECT_NEAR(f.tangential[0][2], DiffractionMtf(50, f.cutoff), 1e-9);
+  EXPECT_LT(f.tangential[0][0], f.tangential[0][2]);
+  EXPECT_LT(f.tangential[0][4], f.tangential[0][2]);
+}
+
+TEST(LateralColour, OnlyWavelengthOneCheckedComparesEveryOneInUse) {
+  TestDesign t;
+  Singlet(t);
+  FamilySettings s = SettingsOf(t);  // only wavelength 1 checked
+  const LateralColourResult r = ComputeLateralColour(t.d, s, 2);
+  EXPECT_EQ(r.wavelengths, (std::vector<int>{2, 3}));
+}
+
 }  // namespace
 }  // namespace ovrin
