@@ -13,7 +13,7 @@
 #include "shell/widgets_util.h"
 
 int main(int argc, char** argv) {
-  QApplication app(argc, argv);
+  ovrin::shell::GuardedApplication app(argc, argv);
   ovrin::shell::UseProgramNumberLocale();
   QApplication::setApplicationName("Ovrin");
   QApplication::setApplicationVersion(OVRIN_VERSION);

@@ -73,6 +73,7 @@ std::vector<Command> AnalysisCommands();  // spot, autofocus, layout
 std::vector<Command> GeometricCommands();  // seidel, spherical, fieldcurv, rayfan
 std::vector<Command> WaveCommands();      // opd, wavefront, autofocus-opd, opdfan, versus
 std::vector<Command> PredesignCommands();  // predesign KIND
+std::vector<Command> OptimiseCommands();  // merit, optimise
 std::vector<Command> GeometricFamilyCommands();  // multispot ... best-focus
 
 }  // namespace ovrin::cli

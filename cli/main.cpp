@@ -31,9 +31,16 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
 
   std::map<CLI::App*, Runner> runners;
-  for (const auto& table :
-       {DesignCommands(), AnalysisCommands(), GeometricCommands(), WaveCommands(), PredesignCommands(),
-        GeometricFamilyCommands()}) {
+  const std::vector<std::vector<Command>> tables = {
+      DesignCommands(),
+      AnalysisCommands(),
+      GeometricCommands(),
+      WaveCommands(),
+      PredesignCommands(),
+      OptimiseCommands(),
+      GeometricFamilyCommands(),
+  };
+  for (const auto& table : tables) {
     for (const Command& c : table) {
       CLI::App* sub = app.add_subcommand(c.name, c.help);
       runners[sub] = c.setup(*sub);

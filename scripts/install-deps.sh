@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages Ovrin needs to build, test and run.
+# clang, its runtime libraries and llvm-symbolizer serve make sanitize and make fuzz.
 # Only missing packages are installed; a machine that has them all is left alone.
 set -euo pipefail
 
@@ -9,6 +10,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libeigen3-dev libfftw3-dev
   xvfb xauth fonts-dejavu-core locales
+  clang libclang-rt-14-dev llvm-14
 )
 
 missing=()

@@ -1,5 +1,9 @@
 #include "core/design_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <charconv>
@@ -77,6 +81,23 @@ std::vector<Field> SplitRecord(std::string_view line) {
   return out;
 }
 
+// A field's text as a message can show it: control bytes (a NUL would end the
+// message early) are written as \xNN.
+std::string Visible(const std::string& text) {
+  std::string out;
+  for (unsigned char c : text) {
+    if (c < 0x20 || c == 0x7F) {
+      static const char* const hex = "0123456789ABCDEF";
+      out += "\\x";
+      out += hex[c >> 4];
+      out += hex[c & 15];
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  return out;
+}
+
 class RecordReader {
  public:
   RecordReader(std::string path, std::string content) : path_(std::move(path)) {
@@ -149,7 +170,7 @@ class RecordReader {
     double v = 0;
     auto res = std::from_chars(b, e, v);
     if (res.ec != std::errc() || res.ptr != e || !std::isfinite(v))
-      Fail(what + " as a number, found \"" + text + "\"");
+      Fail(what + " as a number, found \"" + Visible(text) + "\"");
     return v;
   }
 
@@ -162,7 +183,7 @@ class RecordReader {
     float v = 0;
     auto res = std::from_chars(b, e, v);
     if (res.ec != std::errc() || res.ptr != e || !std::isfinite(v))
-      Fail(what + " as a number, found \"" + f.text + "\"");
+      Fail(what + " as a number, found \"" + Visible(f.text) + "\"");
     return v;
   }
 
@@ -270,7 +291,11 @@ UpdateResult ReadDesignFile(const std::string& path, DesignFormat format, Design
     const int64_t n = r.Integer(f[0], "a surface count", 1, kMaxSurfaces);
     const int64_t w = r.Integer(f[1], "a wavelength count", 0, kMaxWavelengths);
     d.SurfCount = static_cast<int16_t>(n);
-    d.WlCount = static_cast<int16_t>(w);
+    // A count of 0 is taken as 1 here, before the glasses are resolved, as the
+    // update would take it afterwards: otherwise the first read keeps the
+    // stored indices and every later one recomputes them, and the design
+    // changes on its first resave.
+    d.WlCount = static_cast<int16_t>(w == 0 ? 1 : w);
     angle_y = ShortestText(r.VNumber(f[2], "the Y field angle"));
     if (tr.two_angles) angle_x = ShortestText(r.VNumber(f[3], "the X field angle"));
     sheet.txtnumsup = std::to_string(n);
@@ -304,6 +329,10 @@ UpdateResult ReadDesignFile(const std::string& path, DesignFormat format, Design
     {
       auto f = r.Next(2, "surface type and conic constant of " + s);
       d.SurfType[i] = r.F32(f[0], "a surface type");
+      // The types are 1 to 4 (0 on a cleared row); anything else is damage.
+      const float type = d.SurfType[i];
+      if (!(type >= 0.0f && type <= 4.0f && type == std::nearbyint(type)))
+        r.Fail("a surface type from 0 to 4, found \"" + Visible(f[0].text) + "\"");
       d.Conic[i] = r.F64(f[1], "a conic constant");
     }
     {
@@ -323,7 +352,7 @@ UpdateResult ReadDesignFile(const std::string& path, DesignFormat format, Design
       sheet.Cell(i, 2) = ShortestText(d.SemiDiam[i]);
       sheet.Cell(i, 3) = ShortestText(d.Radius[i]);
       sheet.Cell(i, 4) = ShortestText(d.Thickness[i]);
-      sheet.Cell(i, 7) = SurfTypeText(static_cast<int>(d.SurfType[i]));
+      sheet.Cell(i, 7) = SurfTypeText(d.SurfType[i]);
       FillMediumCells(d, sheet, media, i);
     }
   }
@@ -440,34 +469,116 @@ std::string Serialise(DesignState& d, const DesignSheet& sheet) {
 
 }  // namespace
 
+namespace {
+
+// The file a save writes: a symbolic link is followed to the real file, so the
+// link stays a link and the file it names gets the design.
+std::filesystem::path RealTarget(const std::filesystem::path& path) {
+  namespace fs = std::filesystem;
+  fs::path p = path;
+  for (int hops = 0; hops < 40; ++hops) {
+    std::error_code ec;
+    if (!fs::is_symlink(fs::symlink_status(p, ec))) return p;
+    fs::path next = fs::read_symlink(p, ec);
+    if (ec) return p;
+    p = next.is_absolute() ? next : p.parent_path() / next;
+  }
+  return p;
+}
+
+std::string ErrnoText(int err) { return std::strerror(err); }
+
+// Writes all of `text` to the descriptor, through short writes and signals.
+bool WriteAll(int fd, const std::string& text) {
+  const char* p = text.data();
+  std::size_t left = text.size();
+  while (left > 0) {
+    const ssize_t n = ::write(fd, p, left);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    p += n;
+    left -= static_cast<std::size_t>(n);
+  }
+  return true;
+}
+
+// The permissions a new file gets: read and write for all, less the umask.
+mode_t NewFileMode() {
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return 0666 & ~mask;
+}
+
+// Replaces `target` with `text` so that, whatever happens, the folder holds
+// either the old file whole or the new one whole: a uniquely named temporary
+// in the same folder, flushed to the disk, renamed over the target, and the
+// folder flushed so that the rename itself survives a power cut.
+void ReplaceFile(const std::string& shown, const std::filesystem::path& target, const std::string& text) {
+  namespace fs = std::filesystem;
+  struct stat old {};
+  const bool exists = ::stat(target.c_str(), &old) == 0;
+  if (exists) {
+    if (!S_ISREG(old.st_mode)) throw DesignFileError(shown, 0, "this is not a file that can be replaced");
+    // Read-only for its owner: refused even where the system would allow it
+    // (an administrator's account), as an editor refuses it.
+    if ((old.st_mode & S_IWUSR) == 0 || ::access(target.c_str(), W_OK) != 0)
+      throw DesignFileError(shown, 0, "the file is read-only; nothing was written");
+  }
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+  std::string pattern = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+  const int fd = ::mkstemp(pattern.data());
+  if (fd < 0)
+    throw DesignFileError(shown, 0, "the file cannot be written (" + ErrnoText(errno) + "); nothing was written");
+  const std::string tmp = pattern;
+  auto fail = [&](const std::string& what) {
+    const int err = errno;
+    ::close(fd);
+    ::unlink(tmp.c_str());
+    throw DesignFileError(shown, 0, what + " (" + ErrnoText(err) + "); the old file is unchanged");
+  };
+  if (exists) {
+    // The old file's permissions, and its owner where the account may give it.
+    if (::fchmod(fd, old.st_mode & 07777) != 0) fail("the permissions cannot be kept");
+    if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) {
+      [[maybe_unused]] const int ignored = ::fchown(fd, old.st_uid, old.st_gid);
+    }
+  } else if (::fchmod(fd, NewFileMode()) != 0) {
+    fail("the permissions cannot be set");
+  }
+  if (!WriteAll(fd, text)) fail("the file cannot be written completely");
+  if (::fsync(fd) != 0) fail("the file cannot be written to the disk");
+  if (::close(fd) != 0) {
+    const int err = errno;
+    ::unlink(tmp.c_str());
+    throw DesignFileError(shown, 0, "the file cannot be written (" + ErrnoText(err) + "); the old file is unchanged");
+  }
+  if (::rename(tmp.c_str(), target.c_str()) != 0) {
+    const int err = errno;
+    ::unlink(tmp.c_str());
+    throw DesignFileError(shown, 0, "the saved file cannot replace the old one (" + ErrnoText(err) + ")");
+  }
+  const int dir = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dir >= 0) {
+    ::fsync(dir);  // some file systems cannot flush a folder; the file is in place already
+    ::close(dir);
+  }
+}
+
+}  // namespace
+
 UpdateResult WriteDesignFile(const std::string& path, DesignState& d, DesignSheet& sheet,
                              MediaResolver& media) {
   if (path.empty()) return {};
-  cmdupdate(d, sheet, media);  // what is on screen is what gets saved
+  // What is on screen is what gets saved, and only a design that passes the
+  // update: the tables of a failed one may be half old, half new.
+  const UpdateResult before = cmdupdate(d, sheet, media);
+  if (!before.ok)
+    throw DesignFileError(path, 0, "nothing was written, as the design does not pass the update (" +
+                                       before.message + ")");
   const std::string text = Serialise(d, sheet);
-
-  namespace fs = std::filesystem;
-  const fs::path target(path);
-  fs::path tmp = target;
-  tmp += ".tmp-save";
-  {
-    std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
-    if (!out) throw DesignFileError(path, 0, "the file cannot be written (" + std::string(std::strerror(errno)) + ")");
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    out.flush();
-    if (!out) {
-      out.close();
-      std::error_code ec;
-      fs::remove(tmp, ec);
-      throw DesignFileError(path, 0, "the file cannot be written completely");
-    }
-  }
-  std::error_code ec;
-  fs::rename(tmp, target, ec);
-  if (ec) {
-    fs::remove(tmp, ec);
-    throw DesignFileError(path, 0, "the saved file cannot replace the old one");
-  }
+  ReplaceFile(path, RealTarget(path), text);
   d.DesignFileName = path;
   d.DesignFileTitle = FileTitle(path);
   return cmdupdate(d, sheet, media);

@@ -40,10 +40,12 @@ class DesignFileError : public std::runtime_error {
 UpdateResult ReadDesignFile(const std::string& path, DesignFormat format, DesignState& d,
                             DesignSheet& sheet, MediaResolver& media);
 
-// Writes the design in the current format. A temporary file is written and
-// renamed over the target, so a failed save leaves the old file whole.
-// The update runs before (so that what is on screen is what is saved) and
-// after writing. Throws DesignFileError when the file cannot be written.
+// Writes the design in the current format, only if it passes the update (run
+// before, so that what is on screen is what is saved, and after writing).
+// The file is replaced whole or not at all: a temporary in the same folder,
+// flushed and renamed over the target; the target's permissions are kept, a
+// symbolic link is written through to its file, a read-only file is refused.
+// Throws DesignFileError, with nothing written, on any failure.
 UpdateResult WriteDesignFile(const std::string& path, DesignState& d, DesignSheet& sheet,
                              MediaResolver& media);
 

@@ -126,7 +126,7 @@ void SetSurfaceCoefficients(DesignState& d, DesignSheet& sheet, int row, bool hi
   } else {
     d.SurfType[row] = kConic;
   }
-  sheet.Cell(row, 7) = SurfTypeText(static_cast<int>(d.SurfType[row]));
+  sheet.Cell(row, 7) = SurfTypeText(d.SurfType[row]);
 }
 
 void ScaleSystem(DesignState& d, DesignSheet& sheet, double factor) {

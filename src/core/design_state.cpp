@@ -56,6 +56,12 @@ const char* SurfTypeText(int surf_type) {
   return kTypeText[surf_type];
 }
 
+const char* SurfTypeText(float surf_type) {
+  // Compared before the conversion: a float beyond the range of int has no int.
+  if (!(surf_type >= 1.0f && surf_type <= 4.0f)) return "SPHERE";
+  return SurfTypeText(static_cast<int>(surf_type));
+}
+
 int SurfTypeOfText(std::string_view text) {
   for (int t = 1; t <= 4; ++t)
     if (text == kTypeText[t]) return t;

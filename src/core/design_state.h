@@ -168,6 +168,8 @@ int MediumCodeOfEntry(std::string_view entry);
 
 // Surface type text of grid column 7 ("SPHERE", ...) and back (0 when unknown).
 const char* SurfTypeText(int surf_type);
+// The same for the stored 32-bit value, whatever it holds.
+const char* SurfTypeText(float surf_type);
 int SurfTypeOfText(std::string_view text);
 
 }  // namespace ovrin

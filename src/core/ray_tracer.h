@@ -29,9 +29,6 @@ class TraceError : public std::runtime_error {
   TraceFault reason;
 };
 
-// Passes of the asphere intersections after which a ray counts as not converging.
-inline constexpr int kAsphereMaxPasses = 1000;
-
 // Which surfaces turn the frame a second time after a reflection.
 enum class MirrorTest : uint8_t {
   // The loop of every analysis: the sign of the index in use changes, and the
@@ -68,6 +65,11 @@ struct SurfaceVisit {
   void (*at)(void* context, int surface, double x, double y, double z, bool stopped);
   void* context;
 };
+
+// Passes of the Newton iterations that find where a ray meets an asphere.
+// A ray that converges does so in a handful of passes; one that has not after
+// this many never will, and fails instead of holding the program.
+inline constexpr int kAsphereMaxPasses = 1000;
 
 class Tracer {
  public:

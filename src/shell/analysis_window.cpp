@@ -324,7 +324,12 @@ int AnalysisWindow::ChosenWavelength() const {
 
 int AnalysisWindow::BackgroundIndex() const { return backColor_->currentIndex(); }
 
-void AnalysisWindow::Update() { Recompute(); }
+// Each window answers the faults its analysis expects in its own words; any
+// other fault of an engine (a glass asked for outside its range in a scan, a
+// damaged design) ends as the program's message, never in Qt.
+void AnalysisWindow::Update() {
+  RunEngine(this, [this] { Recompute(); }, windowTitle());
+}
 
 bool AnalysisWindow::PrintTo(QPrinter& printer) {
   // The window's image on a white form, fitted to the page.

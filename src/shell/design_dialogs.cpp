@@ -225,7 +225,8 @@ void EnvironmentDialog::Ok() {
     return;
   }
   Session& s = main_.session();
-  ApplyEnvironment(s.design, s.media, static_cast<float>(t), static_cast<float>(p));
+  if (!RunEngine(this, [&] { ApplyEnvironment(s.design, s.media, static_cast<float>(t), static_cast<float>(p)); }))
+    return;
   main_.RunUpdate();
   accept();
 }

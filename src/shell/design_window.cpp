@@ -218,10 +218,22 @@ DesignWindow::DesignWindow(MainWindow& main) : main_(main) {
 
 // ---------------------------------------------------------------------------
 
+DesignWindow::~DesignWindow() {
+  // The grid and the floating boxes outlive this object by a moment: they
+  // must not call the filter while the window is being taken apart.
+  grid_->removeEventFilter(this);
+  if (editor_) editor_->removeEventFilter(this);
+  if (combo_) combo_->removeEventFilter(this);
+}
+
 void DesignWindow::Reload() {
   const DesignSheet& s = main_.session().sheet;
   const DesignState& d = main_.session().design;
   loading_ = true;
+  // A failed read says so in the caption as long as the design is not saved anew.
+  const Session& session = main_.session();
+  setWindowTitle(session.readFailed ? " SYSTEM   DATA   (reading " + Q(session.failedFile) + " FAILED)"
+                                    : QString(" SYSTEM   DATA"));
   CloseFloating();
   txtnumsup_->setText(Q(s.txtnumsup));
   notes_->setText(Q(s.Txtcaratteristiche));
@@ -455,7 +467,7 @@ void DesignWindow::ChooseType(int row, int index) {
   ReloadCell(row, 7);
   if (!main_.EditSurfaceCoefficients(row, type == kHighOrder)) {
     // Cancel: the list shows the stored type again.
-    s.Cell(row, 7) = SurfTypeText(static_cast<int>(d.SurfType[row]));
+    s.Cell(row, 7) = SurfTypeText(d.SurfType[row]);
     ReloadCell(row, 7);
   }
 }

@@ -20,6 +20,7 @@ class DesignWindow : public QWidget {
   Q_OBJECT
  public:
   explicit DesignWindow(MainWindow& main);
+  ~DesignWindow() override;
 
   // Every control from the sheet.
   void Reload();

@@ -129,7 +129,12 @@ void GlassPicker::Choose() {
   }
   Session& s = main_.session();
   main_.CommitDesignEdits();
-  if (!PickCatalogueGlass(s.design, s.sheet, s.media, row_, catalogue_, S(item->text()))) {
+  bool picked = false;
+  // A wavelength of the design outside the glass' formula ends as a message.
+  if (!RunEngine(this, [&] { picked = PickCatalogueGlass(s.design, s.sheet, s.media, row_, catalogue_,
+                                                         S(item->text())); }))
+    return;
+  if (!picked) {
     Tell(this, "This glass cannot be used: the catalogue gives no dispersion formula for it.");
     return;
   }

@@ -149,8 +149,42 @@ const Chapter kChapters[] = {
      "the image surface, in mm from the chief ray of the first wavelength, against its place in the pupil "
      "(vertical, in %). Other wavelengths keep that reference, so lateral colour shifts their curves. "
      "Each field's scale, printed at the foot, is its largest value. A system without any aberration has "
-     "nothing to scale and the update stops with a message. <b>Field Curv.Rad</b> gives a curved image "
+     "nothing to scale and the update stops with a message; a fan whose largest value is below the printed "
+     "figures' last digit (0.00001 mm) is drawn as a straight line. <b>Field Curv.Rad</b> gives a curved image "
      "surface (0 flat).</p>"},
+    {"OPDfan", "OPD fans",
+     "<h3>OPD fans</h3><p>The optical path difference of 21 rays across the pupil in the tangential "
+     "(PY) and 21 in the sagittal (PX) section, against the chief ray, on a reference sphere centred on "
+     "the chief ray's image point and passing through the centre of the exit pupil. The lower pair is the "
+     "full field, the upper pair the axis; every wavelength in use is drawn in its colour. The values are "
+     "in waves of each curve's own wavelength. Each graph is drawn from the centre of its fan, and its "
+     "height is set by the largest value of all wavelengths: the +/- figure printed on it is that half "
+     "height, in waves.</p><p>The sign is that of a wave that lags: a curve above the axis means that "
+     "ray's path is longer than the chief ray's. (The wave front map shows the opposite sign.) A "
+     "quarter of a wave peak to valley is the classical limit of a good telescope.</p><p><b>OPD Fans "
+     "TEXT</b> lists the same values, 100 % to -100 % of the pupil in steps of 10 %. <b>Auto-Focus</b> "
+     "finds the focus that removes the defocus of the on-axis wave front and writes it into Actual "
+     "B.F.L.</p>"},
+    {"WaveFront", "Wave front",
+     "<h3>Wave front</h3><p>The optical path difference over the whole pupil, sampled on a square grid "
+     "(32 to 256 points across), against a reference sphere centred on the chief ray's image point. "
+     "<b>PEAK to VALLEY</b> and <b>RMS</b> are in waves of the chosen wavelength; the RMS is taken about "
+     "the mean. The <b>STREHL RATIO</b> is e^-(2 pi RMS)^2, the peak of the star image against a perfect "
+     "one: 0.8 (RMS 1/14 wave) is the diffraction limit a telescope maker aims for.</p><p>The map on the "
+     "right uses five colour bands from the valley (black, blue) to the peak (orange, red); the figures "
+     "under the colour bar are the band limits. The large picture is the same wave front as a relief, to "
+     "turn with the X, Y and Z sliders; <b>Relief</b> flattens or deepens it. A wave front flatter than "
+     "0.0001 wave from peak to valley is drawn flat, in one colour: below that the map would only show "
+     "the last digits of the arithmetic. <b>Reverse WF</b> changes the sign (a mirror tested at its centre "
+     "of curvature shows the reversed wave). <b>Field Curv.Rad</b> measures on a curved image surface, as "
+     "a Schmidt camera's film is bent.</p>"},
+    {"Versus", "RMS and Strehl versus field, focus and wavelength",
+     "<h3>RMS and Strehl versus field, focus and wavelength</h3><p>The RMS wave front error, or the "
+     "Strehl ratio, computed on a 32 x 32 grid at 21 steps: across the field from the axis to the full "
+     "field, through focus on either side of Actual B.F.L., or across the wavelengths between the short "
+     "and the long limit (the glass indices are computed again at every wavelength). The table lists "
+     "each step; the graph marks the diffraction limit (\"Dif.L\": Strehl 0.8, RMS 1/14 wave). Move the "
+     "pointer over the graph to read a point in the caption.</p>"},
     {"Layout", "2D layout",
      "<h3>2D layout</h3><p>The design drawn as a section along its axis: lenses in light blue, mirrors as "
      "black lines, obstructions in red, and fans of rays of the first wavelength, green on the axis and "

@@ -25,6 +25,7 @@
 #include "shell/geometric_windows.h"
 #include "shell/geometric_family_windows.h"
 #include "shell/predesign_windows.h"
+#include "shell/optimise_window.h"
 #include "shell/spot_window.h"
 #include "shell/wave_windows.h"
 #include "shell/widgets_util.h"
@@ -65,8 +66,8 @@ MainWindow::MainWindow(Session& session) : session_(session) {
 // windows
 
 void MainWindow::BuildWindows() {
-  auto child = [this](auto make) { return WindowKind{false, make}; };
-  auto modal = [this](auto make) { return WindowKind{true, make}; };
+  auto child = [](auto make) { return WindowKind{false, make}; };
+  auto modal = [](auto make) { return WindowKind{true, make}; };
   windows_["Frmdati"] = child([this] { return new DesignWindow(*this); });
   windows_["FrmTilt"] = child([this] { return new TiltWindow(*this); });
   windows_["frmspot"] = child([this] { return new SpotWindow(*this); });
@@ -84,6 +85,7 @@ void MainWindow::BuildWindows() {
   windows_["FrmTelDes"] = child([this] { return new TelescopeChooser(*this); });
   for (const predesign::KindSpec& k : predesign::Kinds())
     windows_[k.window] = child([this, kind = k.kind] { return new PredesignWindow(*this, kind); });
+  windows_["FrmOpt"] = child([this] { return new OptimiseWindow(*this); });
   for (const auto& [name, kind] : FamilyWindows())
     windows_[Q(name)] = child([this, kind = kind] { return new FamilyWindow(*this, kind); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
@@ -99,6 +101,12 @@ void MainWindow::BuildWindows() {
     windows_[PickerWindowName(c)] = modal([this, c] { return new GlassPicker(*this, c, 1); });
   windows_["FrmDirect"] = modal([this] { return new DirectIndexDialog(*this, 1); });
   windows_["frmSurface"] = modal([this] { return new SurfaceDialog(*this, 1, true); });
+}
+
+MainWindow::~MainWindow() {
+  // The child windows go first, while this window is whole: their event
+  // filters and closing steps may still ask it for the session.
+  for (QMdiSubWindow* sub : mdi_->subWindowList()) delete sub;
 }
 
 bool MainWindow::HasWindow(const QString& name) const { return windows_.count(name) != 0; }
@@ -163,6 +171,8 @@ void MainWindow::ClearDesignAndWindows() {
   session_.sheet = DesignSheet();
   session_.hasUpdated = false;
   session_.lastUpdateOk = true;
+  session_.readFailed = false;
+  session_.failedFile.clear();
   RefreshCommands();
   RefreshStatus();
 }
@@ -210,6 +220,8 @@ void MainWindow::BuildMenus() {
   AddEntry(edit, "MnuEditTilt", "TILT/ DECENTER", "FrmTilt", true);
   AddEntry(edit, "MnuEditWL", "WaveLengths", "FrmWL", true);
   AddEntry(edit, "MnuEnvCond", "Environmental Conditions", "FrmEnvCond", true);
+  AddEntry(edit, "MnuEditRestoreOpt", "Restore design from before the run", {}, true,
+           [this] { RestoreDesignBeforeRun(*this); });
 
   QMenu* tools = bar->addMenu("&Tools");
   tools->setObjectName("MnuTools");
@@ -406,6 +418,8 @@ void MainWindow::RefreshStatus() {
   QString file = d.DesignFileName.empty() ? QString("Design: (not saved)")
                                           : "Design: " + QFileInfo(Q(d.DesignFileName)).fileName();
   if (!session_.sheet.cmdupdateVisible) file = "No design: create one (File > Create New Design) or open one";
+  if (session_.readFailed)
+    file = "Reading " + Q(session_.failedFile) + " FAILED: the design holds what was read; Save asks for a new name";
   statusFile_->setText(file);
   if (!session_.hasUpdated) {
     statusUpdate_->setText("");
@@ -441,7 +455,15 @@ void MainWindow::CommitDesignEdits() {
 
 bool MainWindow::RunUpdate() {
   CommitDesignEdits();
-  const UpdateResult r = cmdupdate(session_.design, session_.sheet, session_.media);
+  UpdateResult r;
+  QString failure;
+  try {
+    r = cmdupdate(session_.design, session_.sheet, session_.media);
+  } catch (...) {
+    // A glass asked for a wavelength outside its formula's range, or worse.
+    failure = EngineFailureText();
+    r = {false, S(failure)};
+  }
   session_.hasUpdated = true;
   session_.lastUpdateOk = r.ok;
   RefreshAll();
@@ -479,28 +501,44 @@ bool MainWindow::OpenDesignFile(const QString& path, DesignFormat format) {
       sub->close();
       delete sub;
     }
-  bool ok = true;
+  UpdateResult r;
+  QString failure;
   try {
-    const UpdateResult r = ReadDesignFile(S(path), format, d, session_.sheet, session_.media);
+    r = ReadDesignFile(S(path), format, d, session_.sheet, session_.media);
+  } catch (...) {
+    failure = EngineFailureText();
+  }
+  if (failure.isEmpty()) {
     d.DesignFileName = S(path);
     d.DesignFileTitle = S(QFileInfo(path).fileName());
+    session_.readFailed = false;
+    session_.failedFile.clear();
     session_.hasUpdated = true;
     session_.lastUpdateOk = r.ok;
     ShowDesignWindow();
     RefreshAll();
     if (!r.ok) Tell(this, Q(r.message));
-  } catch (const DesignFileError& e) {
-    ok = false;
-    session_.sheet.cmdupdateVisible = true;
-    ShowDesignWindow();
-    RefreshAll();
-    Tell(this, Q(e.what()), "Open File ...");
+    return true;
   }
-  return ok;
+  // The tables keep what was read before the fault, which may mix two designs:
+  // the design now belongs to no file, so that no Save can put it over one
+  // without the user naming it.
+  d.DesignFileName.clear();
+  d.DesignFileTitle.clear();
+  session_.readFailed = true;
+  session_.failedFile = S(QFileInfo(path).fileName());
+  session_.hasUpdated = false;
+  session_.sheet.cmdupdateVisible = true;
+  ShowDesignWindow();
+  RefreshAll();
+  Tell(this, failure, "Open File ...");
+  return false;
 }
 
 void MainWindow::SaveDesign() {
-  QString start = Q(session_.design.DesignFileName);
+  // After a failed read no name is proposed: the old one is the file that
+  // could not be read, and the design is no longer that file's.
+  const QString start = session_.readFailed ? QString() : Q(session_.design.DesignFileName);
   QString path = QFileDialog::getSaveFileName(this, "Save As...", start, kFilter);
   if (path.isEmpty()) return;
   if (QFileInfo(path).suffix().isEmpty()) path += ".ovn";
@@ -510,20 +548,28 @@ void MainWindow::SaveDesign() {
 bool MainWindow::SaveDesignFile(const QString& path) {
   CommitDesignEdits();
   DesignState& d = session_.design;
+  UpdateResult r;
+  QString failure;
   try {
-    const UpdateResult r = WriteDesignFile(S(path), d, session_.sheet, session_.media);
-    d.DesignFileName = S(path);
-    d.DesignFileTitle = S(QFileInfo(path).fileName());
-    session_.hasUpdated = true;
-    session_.lastUpdateOk = r.ok;
+    r = WriteDesignFile(S(path), d, session_.sheet, session_.media);
+  } catch (...) {
+    failure = EngineFailureText();
+  }
+  if (!failure.isEmpty()) {
     RefreshAll();
-    if (!r.ok) Tell(this, Q(r.message));
-    return true;
-  } catch (const DesignFileError& e) {
-    RefreshAll();
-    Tell(this, Q(e.what()), "Save As...");
+    statusFile_->setText("NOT SAVED: " + QFileInfo(path).fileName());
+    Tell(this, failure, "Save As...");
     return false;
   }
+  d.DesignFileName = S(path);
+  d.DesignFileTitle = S(QFileInfo(path).fileName());
+  session_.readFailed = false;
+  session_.failedFile.clear();
+  session_.hasUpdated = true;
+  session_.lastUpdateOk = r.ok;
+  RefreshAll();
+  if (!r.ok) Tell(this, Q(r.message));
+  return true;
 }
 
 // ---------------------------------------------------------------------------

@@ -24,6 +24,7 @@ class MainWindow : public QMainWindow {
   Q_OBJECT
  public:
   explicit MainWindow(Session& session);
+  ~MainWindow() override;
 
   Session& session() { return session_; }
   QMdiArea* mdiArea() const { return mdi_; }

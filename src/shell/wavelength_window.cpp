@@ -253,7 +253,15 @@ void WavelengthWindow::Store() {
   ReadFormInto(form);
   Session& s = main_.session();
   main_.CommitDesignEdits();
-  const WavelengthStoreResult r = StoreWavelengths(form, s.design, s.sheet, s.media);
+  WavelengthStoreResult r;
+  // A glass that has no index at a new wavelength: the program's message, and
+  // the window stays for another choice.
+  if (!RunEngine(this, [&] { r = StoreWavelengths(form, s.design, s.sheet, s.media); })) {
+    s.hasUpdated = true;
+    s.lastUpdateOk = false;
+    main_.RefreshAll();
+    return;
+  }
   if (!r.ok) {
     Tell(this, Q(r.message));
     return;

@@ -9,8 +9,12 @@
 #include <QScreen>
 #include <cstdio>
 
+#include <exception>
+
+#include "core/design_file.h"
 #include "core/design_sheet.h"
 #include "core/number_text.h"
+#include "core/system_update.h"
 
 namespace ovrin::shell {
 
@@ -85,5 +89,35 @@ bool KeyFilter::eventFilter(QObject* watched, QEvent* event) {
 void FilterKeys(QLineEdit* box, KeyFilter::Mode mode) { box->installEventFilter(new KeyFilter(mode, box)); }
 
 double NumberIn(const QLineEdit* box) { return ParseLeadingNumber(box->text().toStdString()); }
+
+QString EngineFailureText() {
+  try {
+    throw;
+  } catch (const DesignFileError& e) {
+    return QString::fromUtf8(e.what());
+  } catch (...) {
+    return QString::fromUtf8(kDataInputError);
+  }
+}
+
+bool RunEngine(QWidget* parent, const std::function<void()>& call, const QString& title) {
+  try {
+    call();
+    return true;
+  } catch (...) {
+    Tell(parent, EngineFailureText(), title);
+    return false;
+  }
+}
+
+bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
+  try {
+    return QApplication::notify(receiver, event);
+  } catch (...) {
+    std::fprintf(stderr, "Ovrin: a fault reached the event loop and was stopped there\n");
+    Tell(activeWindow(), EngineFailureText());
+    return false;
+  }
+}
 
 }  // namespace ovrin::shell

@@ -1,8 +1,10 @@
 #pragma once
 // Small pieces every window uses: placement, message boxes, keyboard filters
 // and the conversion of text between the engine and Qt.
+#include <QApplication>
 #include <QObject>
 #include <QString>
+#include <functional>
 #include <string>
 
 class QWidget;
@@ -26,6 +28,25 @@ void SetUnattended(bool on);
 
 void Tell(QWidget* parent, const QString& text, const QString& title = QStringLiteral("Ovrin"));
 bool AskYesNo(QWidget* parent, const QString& text, const QString& title);
+
+// Every call from a window into the engines goes through this: whatever the
+// engine throws (a damaged file, a glass outside its formula's range, a ray
+// that cannot pass, any other failure) becomes the program's own message, and
+// nothing unwinds into Qt. Returns whether the call ended normally.
+bool RunEngine(QWidget* parent, const std::function<void()>& call,
+               const QString& title = QStringLiteral("Ovrin"));
+// Inside a catch block: the message for the exception in hand. A design file's
+// error says what it found where; every other fault of the data is
+// " Data Input ERROR ! ".
+QString EngineFailureText();
+
+// The application object of the program: a fault that escaped every window
+// still ends as a message, never as the end of the program.
+class GuardedApplication : public QApplication {
+ public:
+  using QApplication::QApplication;
+  bool notify(QObject* receiver, QEvent* event) override;
+};
 
 // Keyboard filters of the text boxes.
 class KeyFilter : public QObject {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -284,14 +285,106 @@ TEST_F(DesignFileTest, DamagedFilesNameTheFileTheLineAndWhatWasExpected) {
   EXPECT_THROW(ReadDesignFile(Path("empty.ovn"), DesignFormat::Current, d, sheet, media), DesignFileError);
 }
 
-TEST_F(DesignFileTest, FailedSaveLeavesTheOldFileWhole) {
+TEST_F(DesignFileTest, SaveReplacesTheFileWholeOrNotAtAll) {
   ASSERT_TRUE(ReadDesignFile(ExamplePath("newtonian_200_f5.ovn"), DesignFormat::Current, d, sheet, media).ok);
+  const std::string saved = [&] {
+    EXPECT_TRUE(WriteDesignFile(Path("ref.ovn"), d, sheet, media).ok);
+    return Slurp(Path("ref.ovn"));
+  }();
+
+  // The old file's permissions stay, and no temporary is left behind.
   const std::string target = Path("keep.ovn");
   Spit(target, "old contents");
-  fs::create_directory(target + ".tmp-save");  // the temporary file cannot be made
+  fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  ASSERT_TRUE(WriteDesignFile(target, d, sheet, media).ok);
+  EXPECT_EQ(Slurp(target), saved);
+  EXPECT_EQ(fs::status(target).permissions() & fs::perms::all,
+            fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  int files = 0;
+  for (const auto& e : fs::directory_iterator(dir_)) files += e.is_regular_file();
+  EXPECT_EQ(files, 2);  // ref.ovn and keep.ovn
+
+  // Through a symbolic link: the link stays, the file it names gets the design.
+  fs::create_directory(Path("real"));
+  Spit(Path("real/design.ovn"), "old contents");
+  fs::create_symlink("real/design.ovn", Path("link.ovn"));
+  ASSERT_TRUE(WriteDesignFile(Path("link.ovn"), d, sheet, media).ok);
+  EXPECT_TRUE(fs::is_symlink(fs::symlink_status(Path("link.ovn"))));
+  EXPECT_EQ(Slurp(Path("real/design.ovn")), saved);
+
+  // A read-only file is refused with a message, even for an account that could write it.
+  Spit(Path("ro.ovn"), "old contents");
+  fs::permissions(Path("ro.ovn"), fs::perms::owner_read | fs::perms::group_read);
+  try {
+    WriteDesignFile(Path("ro.ovn"), d, sheet, media);
+    FAIL() << "a read-only file was replaced";
+  } catch (const DesignFileError& e) {
+    EXPECT_NE(std::string(e.what()).find("read-only"), std::string::npos) << e.what();
+  }
+  EXPECT_EQ(Slurp(Path("ro.ovn")), "old contents");
+
+  // A folder in the way, or a missing folder: a message, nothing written.
+  fs::create_directory(Path("dir.ovn"));
+  EXPECT_THROW(WriteDesignFile(Path("dir.ovn"), d, sheet, media), DesignFileError);
+  EXPECT_TRUE(fs::is_directory(Path("dir.ovn")));
+  EXPECT_THROW(WriteDesignFile(Path("no/such/dir/x.ovn"), d, sheet, media), DesignFileError);
+}
+
+TEST_F(DesignFileTest, DesignThatFailsTheUpdateIsNotWritten) {
+  // What a failed read leaves: an empty grid, or a half-read one. Saving it
+  // must not put a one-surface plane or a mixture over a good file.
+  const std::string target = Path("good.ovn");
+  Spit(target, "old contents");
+  DesignState empty;
+  DesignSheet blank;
+  try {
+    WriteDesignFile(target, empty, blank, media);
+    FAIL() << "an empty design was written";
+  } catch (const DesignFileError& e) {
+    EXPECT_NE(std::string(e.what()).find("nothing was written"), std::string::npos) << e.what();
+  }
+  EXPECT_EQ(Slurp(target), "old contents");
+
+  ASSERT_TRUE(ReadDesignFile(ExamplePath("newtonian_200_f5.ovn"), DesignFormat::Current, d, sheet, media).ok);
+  sheet.Cell(1, 3) = "0.0000001";  // a radius the near-axis ray cannot pass
+  sheet.Cell(2, 3) = "0.0000001";
   EXPECT_THROW(WriteDesignFile(target, d, sheet, media), DesignFileError);
   EXPECT_EQ(Slurp(target), "old contents");
-  EXPECT_THROW(WriteDesignFile(Path("no/such/dir/x.ovn"), d, sheet, media), DesignFileError);
+}
+
+TEST_F(DesignFileTest, SurfaceTypeOutsideTheKnownTypesIsRefused) {
+  // 1e30 fits a 32-bit float but no int; the reader refuses it with the line.
+  std::string text = Slurp(ExamplePath("newtonian_200_f5.ovn"));
+  const std::size_t at = text.find("\r\n4,0\r\n") + 2;  // surface 1's type line
+  for (const char* type : {"1e30", "-1", "2.5", "5"}) {
+    SCOPED_TRACE(type);
+    std::string bad = text;
+    bad.replace(at, 1, type);
+    Spit(Path("type.ovn"), bad);
+    try {
+      ReadDesignFile(Path("type.ovn"), DesignFormat::Current, d, sheet, media);
+      FAIL() << "accepted";
+    } catch (const DesignFileError& e) {
+      EXPECT_EQ(e.line(), 13);
+      EXPECT_NE(e.expected().find("surface type"), std::string::npos);
+    }
+  }
+  EXPECT_STREQ(SurfTypeText(1e30f), "SPHERE");
+  EXPECT_STREQ(SurfTypeText(-1e30f), "SPHERE");
+  EXPECT_STREQ(SurfTypeText(3.0f), "HIGH-ORDER");
+}
+
+TEST_F(DesignFileTest, ControlBytesOfAFieldAreShownWholeInTheMessage) {
+  // A NUL inside a number used to end the message there: "...found \"0".
+  try {
+    ReadDesignFile(std::string(OVRIN_CORPUS_DIR) + "/nul_byte_in_number.ovn", DesignFormat::Current, d, sheet,
+                   media);
+    FAIL() << "accepted";
+  } catch (const DesignFileError& e) {
+    const std::string what = e.what();
+    EXPECT_EQ(what.size(), std::strlen(e.what()));
+    EXPECT_NE(what.find("found \"0\\x00\"."), std::string::npos) << what;
+  }
 }
 
 }  // namespace

@@ -148,5 +148,32 @@ TEST_F(CatalogueMediaTest, FreshDesignTakesTheStandardEnvironment) {
   EXPECT_NEAR(d.IndexWl[1][1], at_25, 2e-5);
 }
 
+TEST_F(CatalogueMediaTest, WavelengthCountZeroReadsWritesAndReadsBackTheSame) {
+  // The achromat with a wavelength count of 0 in its second line: the first
+  // read used to keep the stored indices and the second to recompute them,
+  // so the focal length moved by about 1 % on the first resave.
+  const std::string path = std::string(OVRIN_CORPUS_DIR) + "/wavelength_count_zero.ovn";
+  ASSERT_TRUE(ReadDesignFile(path, DesignFormat::Current, d, sheet, media).ok);
+  EXPECT_EQ(d.WlCount, 1);
+  EXPECT_EQ(d.IndexWl[1][1], Schott("N-BK7", d.Wavelength[0]));
+  const std::string copy = (dir_ / "copy.ovn").string();
+  ASSERT_TRUE(WriteDesignFile(copy, d, sheet, media).ok);
+  DesignState b;
+  DesignSheet sb;
+  ASSERT_TRUE(ReadDesignFile(copy, DesignFormat::Current, b, sb, media).ok);
+  EXPECT_EQ(b.WlCount, d.WlCount);
+  for (int i = 0; i <= d.SurfCount; ++i)
+    for (int k = 1; k <= 6; ++k) EXPECT_EQ(b.IndexWl[k][i], d.IndexWl[k][i]) << i << " " << k;
+  EXPECT_EQ(b.Efl, d.Efl);
+  EXPECT_EQ(sb.cells, sheet.cells);
+}
+
+TEST_F(CatalogueMediaTest, WavelengthOutsideTheGlassRangeRaisesGlassRangeErrorOnReading) {
+  // A wavelength of 10 microns on N-BK7: the formula has no real index there.
+  // The reader lets the error through for the caller to turn into its message.
+  const std::string path = std::string(OVRIN_CORPUS_DIR) + "/glass_wavelength_out_of_range.ovn";
+  EXPECT_THROW(ReadDesignFile(path, DesignFormat::Current, d, sheet, media), GlassRangeError);
+}
+
 }  // namespace
 }  // namespace ovrin

@@ -108,8 +108,10 @@ void DrawRayFan(const RayFanResult& r, int field, bool tangential, Canvas& c) {
   c.Text(236, -102, FormatFixed(f.Scale, 5), black);
   c.Text(260, 30, tangential ? "%Y" : "%X", black);
   if (!f.done || m == 0) return;
-  // The largest value of all wavelengths reaches the edge of the box.
-  const double factor = 300 / f.Scale;
+  // The largest value of all wavelengths reaches the edge of the box; a
+  // scale below the printed figures' last digit (1e-5 mm) is drawn at that
+  // digit, so an aberration-free fan is a straight line, not arithmetic noise.
+  const double factor = 300 / std::max(f.Scale, 1e-5);
   for (int k = 0; k < 6; ++k) {
     if (k > 0 && !r.InUse[k]) continue;
     const FanTable& table = tangential ? f.tangential[k] : f.sagittal[k];

@@ -125,6 +125,18 @@ WavefrontResult ComputeWavefront(const DesignState& d, const WavefrontSettings& 
   return r;
 }
 
+// The range the pictures spread their colours and relief over: the wave
+// front's own, but never below the labels' last digit, so that a perfect
+// wave front is drawn flat instead of as the noise of the arithmetic.
+struct ShownRange {
+  double min, pv;
+};
+ShownRange Shown(const WaveStats& st) {
+  constexpr double kFloor = 1e-4;  // waves
+  if (st.PV >= kFloor) return {st.min, st.PV};
+  return {st.min - (kFloor - st.PV) / 2, kFloor};
+}
+
 void PaintCells(Canvas& c, int rows, int cols, const std::vector<Rgb>& colors) {
   c.Image(0, 0, cols, rows, cols, rows, colors);
 }
@@ -134,7 +146,8 @@ void DrawWavefrontMap(const WavefrontResult& r, Canvas& c) {
   if (!r.ok) return;
   c.Window(0, 0, r.N - 1, r.N - 1);
   std::vector<Rgb> colors(r.W.size());
-  for (size_t i = 0; i < r.W.size(); ++i) colors[i] = WaveColor(r.W[i], r.stats.min, r.stats.PV);
+  const ShownRange shown = Shown(r.stats);
+  for (size_t i = 0; i < r.W.size(); ++i) colors[i] = WaveColor(r.W[i], shown.min, shown.pv);
   PaintCells(c, r.rows, r.cols, colors);
 }
 
@@ -167,7 +180,8 @@ void DrawWavefrontSurface(const WavefrontResult& r, const ReliefView& v, Canvas&
   const double sa = std::sin(A), ca = std::cos(A), sb = std::sin(B), cb = std::cos(B);
   const double sc = std::sin(C), cc = std::cos(C);
   const double relief = v.relief != 0 ? v.relief : 1;
-  const double pv = r.stats.PV != 0 ? r.stats.PV : 1;
+  const ShownRange shown = Shown(r.stats);
+  const double pv = shown.pv;
   // W beyond the last row and column is 0, as in a zero-filled array with a margin.
   auto w_at = [&](int row, int col) { return row < r.rows && col < r.cols ? r.At(row, col) : 0.0; };
   auto corner = [&](int row, int col) {
@@ -186,7 +200,7 @@ void DrawWavefrontSurface(const WavefrontResult& r, const ReliefView& v, Canvas&
     for (int col = 0; col < r.cols; ++col) {
       const bool z1 = w_at(row, col) == 0, z2 = w_at(row + 1, col + 1) == 0;
       if (z1 && z2) continue;
-      const Rgb fill = z1 != z2 ? Rgb{210, 210, 210} : WaveColor(r.At(row, col), r.stats.min, r.stats.PV);
+      const Rgb fill = z1 != z2 ? Rgb{210, 210, 210} : WaveColor(r.At(row, col), shown.min, shown.pv);
       const PlotPoint p[4] = {corner(row, col), corner(row, col + 1), corner(row + 1, col + 1), corner(row + 1, col)};
       c.Polygon({p[0], p[1], p[2], p[3]}, fill);
       if (outline)

@@ -1,0 +1,67 @@
+cmake_minimum_required(VERSION 3.22)
+# ovrin-cli merit and optimise: the error function of every example at the
+# window's defaults, a run on the Cooke triplet, and the job file's errors.
+file(REMOVE_RECURSE ${WORK})
+file(MAKE_DIRECTORY ${WORK})
+file(GLOB examples ${EXAMPLES}/*.ovn)
+
+function(run_cli expect_code out_var)
+  execute_process(COMMAND ${CLI} ${ARGN} RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT code EQUAL expect_code)
+    message(FATAL_ERROR "ovrin-cli ${ARGN}: exit ${code}, expected ${expect_code}\n${out}\n${err}")
+  endif()
+  set(${out_var} "${out}" PARENT_SCOPE)
+endfunction()
+
+file(WRITE ${WORK}/defaults.json "{}")
+foreach(ex ${examples})
+  get_filename_component(name ${ex} NAME_WE)
+  run_cli(0 out merit ${ex} --job ${WORK}/defaults.json)
+  string(JSON m GET "${out}" M)
+  string(JSON n LENGTH "${out}" Residuals)
+  math(EXPR expect "${m} + 2")
+  if(m LESS 1 OR NOT n EQUAL expect)
+    message(FATAL_ERROR "${name}: merit gives M ${m} and ${n} residuals")
+  endif()
+endforeach()
+
+set(triplet ${EXAMPLES}/cooke_triplet_50_f4.5.ovn)
+file(WRITE ${WORK}/six.json [=[{"mode": "spot", "rays": "gaussian", "iterations": "4",
+  "curvature": {"1": "V", "2": "V", "3": "V", "4": "V", "5": "V", "6": "V"}}]=])
+run_cli(0 out optimise ${triplet} --job ${WORK}/six.json --out ${WORK}/six.ovn)
+string(JSON stop GET "${out}" Stop)
+string(JSON count GET "${out}" Iterations)
+string(JSON first GET "${out}" Errors 0)
+string(JSON last GET "${out}" Errors 4)
+string(JSON rows LENGTH "${out}" log)
+string(JSON row1 GET "${out}" log 1)
+if(NOT stop STREQUAL "iterations" OR NOT count EQUAL 4 OR NOT rows EQUAL 6 OR NOT row1 MATCHES "^1           [0-9]\\.[0-9]+         [0-9]+\\.[0-9][0-9][0-9][0-9]$")
+  message(FATAL_ERROR "optimise of the triplet: ${out}")
+endif()
+if(NOT last LESS first)
+  message(FATAL_ERROR "the run did not lower the error: ${first} -> ${last}")
+endif()
+# The design the run left: its merit is the last error, about (the rounding to 4 decimals).
+run_cli(0 out merit ${WORK}/six.ovn --job ${WORK}/six.json)
+string(JSON after GET "${out}" ErrorBase)
+message(STATUS "triplet: ${first} -> ${last}, the saved design ${after}")
+
+# Job file errors name the key.
+foreach(bad [=[{"rays": "hexagonal"}|"rays"]=] [=[{"curvature": {"9": "V"}}|"curvature.9"]=]
+            [=[{"thickness": {"6": "V"}}|"thickness.6"]=] [=[{"conic": {"2": "P-1"}}|"conic.2"]=]
+            [=[{"iterations": "101"}|"iterations"]=] [=[{"field1": [0.5]}|"field1"]=]
+            [=[{"damp": "1"}|"damp"]=])
+  string(REPLACE "|" ";" parts "${bad}")
+  list(GET parts 0 job)
+  list(GET parts 1 key)
+  file(WRITE ${WORK}/bad.json "${job}")
+  run_cli(2 out merit ${triplet} --job ${WORK}/bad.json)
+  string(JSON err GET "${out}" error)
+  string(FIND "${err}" "${key}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "job ${job}: the error does not name ${key}: ${out}")
+  endif()
+endforeach()
+file(WRITE ${WORK}/broken.json "{\"mode\": ")
+run_cli(2 out optimise ${triplet} --job ${WORK}/broken.json --out ${WORK}/x.ovn)
+run_cli(2 out merit ${triplet} --job ${WORK}/defaults.json --import v35)
