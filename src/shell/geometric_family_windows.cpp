@@ -18,7 +18,7 @@ namespace ovrin::shell {
 
 namespace {
 
-struct KindSpec {
+struct KindEntry {
   FamilyKind kind;
   const char* name;
   const char* caption;
@@ -27,8 +27,8 @@ struct KindSpec {
   double aspect;
 };
 
-const std::vector<KindSpec>& Specs() {
-  static const std::vector<KindSpec> specs = {
+const std::vector<KindEntry>& KindTable() {
+  static const std::vector<KindEntry> table = {
       {FamilyKind::MultiSpot, "Frmmultispot", "Multi-SpotDiagram (through Focus/Field)", "MultiSpot", {"Picture1"}, 500.0 / 234},
       {FamilyKind::MatrixSpot, "FrmMatrix", "Matrix SpotDiagram", "MatrixSpot", {"Picture1"}, 1.3},
       {FamilyKind::TotalFieldSpot, "FrmTotalFieldSpot", "Total Field Spot Diagram", "TotalFieldSpot", {"Picture1"}, 1.3},
@@ -45,16 +45,16 @@ const std::vector<KindSpec>& Specs() {
       {FamilyKind::Footprint, "FrmFootPrint", "FootPrint", "Footprint", {"Picture1"}, 1.0},
       {FamilyKind::BestFocus, "FrmBestFocus", "Best Focus", "BestFocus", {"Picture1"}, 1.5},
   };
-  return specs;
+  return table;
 }
 
-const KindSpec& SpecOf(FamilyKind kind) {
-  for (const KindSpec& s : Specs())
+const KindEntry& EntryOf(FamilyKind kind) {
+  for (const KindEntry& s : KindTable())
     if (s.kind == kind) return s;
-  return Specs().front();
+  return KindTable().front();
 }
 
-FrameOptions FrameOf(const KindSpec& s) {
+FrameOptions FrameOf(const KindEntry& s) {
   FrameOptions o;
   o.panes = s.panes;
   o.plot_aspect = s.aspect;
@@ -111,19 +111,19 @@ void DrawTextPicture(const std::string& text, Canvas& c) {
 
 }  // namespace
 
-const char* FamilyWindowName(FamilyKind kind) { return SpecOf(kind).name; }
+const char* FamilyWindowName(FamilyKind kind) { return EntryOf(kind).name; }
 
 const std::map<std::string, FamilyKind>& FamilyWindows() {
   static const std::map<std::string, FamilyKind> m = [] {
     std::map<std::string, FamilyKind> r;
-    for (const KindSpec& s : Specs()) r[s.name] = s.kind;
+    for (const KindEntry& s : KindTable()) r[s.name] = s.kind;
     return r;
   }();
   return m;
 }
 
 FamilyWindow::FamilyWindow(MainWindow& main, FamilyKind kind)
-    : AnalysisWindow(main, SpecOf(kind).name, SpecOf(kind).caption, SpecOf(kind).help, FrameOf(SpecOf(kind))),
+    : AnalysisWindow(main, EntryOf(kind).name, EntryOf(kind).caption, EntryOf(kind).help, FrameOf(EntryOf(kind))),
       kind_(kind) {
   const bool bundle = kind != FamilyKind::FocalShift && kind != FamilyKind::RealRays &&
                       kind != FamilyKind::Distortion && kind != FamilyKind::LateralColour;
@@ -306,7 +306,7 @@ void FamilyWindow::Recompute() {
         if (!f.empty()) spotSet_.fields = f;
       }
       spotSet_.zoom = Number("TxtZoom") > 0 ? Number("TxtZoom") : 1;
-      spotSet_.aspect = SpecOf(kind_).aspect;
+      spotSet_.aspect = EntryOf(kind_).aspect;
       spots_ = ComputeSpotFamily(d, s, spotSet_);
       error = spots_.error;
       t << Column("Spot", 26) << Column("Focus", 12) << Column("Chief Y", 12) << Column("RMS (mm)", 12)
