@@ -75,6 +75,7 @@ std::vector<Command> WaveCommands();      // opd, wavefront, autofocus-opd, opdf
 std::vector<Command> PredesignCommands();  // predesign KIND
 std::vector<Command> OptimiseCommands();  // merit, optimise
 std::vector<Command> DiffractionCommands();  // psf, mtf, mtf-focus, zernike
+std::vector<Command> GeometricFamilyCommands();  // multispot ... best-focus
 
 }  // namespace ovrin::cli
 

@@ -40,6 +40,7 @@ int main(int argc, char** argv) {
       OptimiseCommands(),
       ReportCommands(),
       DiffractionCommands(),
+      GeometricFamilyCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {

@@ -286,6 +286,102 @@ const Chapter kChapters[] = {
      "is written and its aberration curves drawn at once; <b>Restore</b> puts them back.</p><p>Every lens "
      "gets a centre thickness that leaves an edge of at least 1 mm, or 5 % of its diameter. The solution is "
      "of the third order: analyse the design and refine it in the design window or with the optimiser.</p>"},
+    {"MultiSpot", "Multi-spot diagram",
+     "<h3>Multi-spot diagram</h3><p>Common to the geometric family: a square grid of rays over the whole "
+     "entrance pupil (<b>Pupil steps</b> across its radius), traced with every aperture in place, for each "
+     "checked wavelength weighted by its weight. The chief ray passes the pupil centre. A field is a "
+     "fraction of the full field: the design's half-field angle for an object at infinity, its object "
+     "height for a near object. Focus shifts are measured from <b>Actual B.F.L.</b> (the paraxial B.F.L. "
+     "when the two are equal).</p><p>Top row: the on-axis spot at five focus positions, "
+     "-2, -1, 0, +1, +2 times the <b>Focus step</b>. Bottom row: on axis, 0.7 and full field at the "
+     "focus in use. Every spot is centred on its centroid and drawn at one common scale; the grey circle "
+     "is the Airy disc, radius 1.22 &lambda; N (N the working F-number, |f|/D, or 1/(2 NA) for a near "
+     "object). RMS is the weighted root-mean-square distance of the rays from their centroid.</p>"},
+    {"MatrixSpot", "Matrix spot diagram",
+     "<h3>Matrix spot diagram</h3><p>One spot per field (rows, from the <b>Fields</b> list) and per "
+     "checked wavelength (columns), each centred on its centroid at a common scale, with its RMS radius "
+     "and the Airy disc of its own wavelength. Rays as in the multi-spot diagram.</p>"},
+    {"TotalFieldSpot", "Total field spot diagram",
+     "<h3>Total field spot diagram</h3><p>The spots of the <b>Fields</b> list drawn where they fall on "
+     "the image plane, all to one scale (the bar gives it), so that distortion and the image size are seen "
+     "as they are. <b>Spot magnification</b> spreads each spot's rays about its chief ray by that factor "
+     "(1 shows the spots at their true size); the places stay true. The text gives each spot's chief-ray "
+     "height and RMS radius.</p>"},
+    {"RmsVersus", "RMS spot size versus focus, field or wavelength",
+     "<h3>RMS spot size versus...</h3><p>The RMS spot radius (about the centroid, all checked wavelengths, "
+     "weighted) along a scan: <b>Focus</b>, from -range to +range around the focus in use, at the chosen "
+     "field; <b>Field</b>, from the axis to the full field; <b>WaveLength</b>, from the first to the last "
+     "wavelength given, every glass index rebuilt from its catalogue at each step (DIRECT indices stay as "
+     "wavelength 1 has them). The red line is the diffraction limit drawn for reference: the Airy radius "
+     "1.22 &lambda; N, which grows with the wavelength in the wavelength scan.</p>"},
+    {"Distortion", "Distortion",
+     "<h3>Distortion</h3><p>The real chief ray of wavelength 1 against the paraxial image height: "
+     "f tan &theta; for an object at infinity (f the effective focal length), the paraxial magnification "
+     "times the object height for a near object. Distortion in mm is real minus paraxial height; in "
+     "percent, that difference over the paraxial height. The right-hand picture shows a 9 x 9 grid of "
+     "field points: grey the paraxial grid, blue where the real chief rays land (a barrel or pincushion "
+     "at a glance).</p>"},
+    {"LateralColour", "Lateral colour",
+     "<h3>Lateral colour</h3><p>For each checked wavelength after the first (every wavelength in use when "
+     "only the first is checked), its chief-ray height on the "
+     "image plane minus that of wavelength 1, from the axis to the full field. It is 0 on the axis. The "
+     "grey lines mark plus and minus the Airy radius of wavelength 1: lateral colour inside them is not "
+     "seen.</p>"},
+    {"FocalShift", "Chromatic focal shift",
+     "<h3>Chromatic focal shift</h3><p>The paraxial focus, measured from the last surface, at each "
+     "wavelength from <b>From</b> to <b>To</b> (0.4 to 0.8 &micro;m by default), every glass index "
+     "rebuilt from its catalogue; the curve is its distance from the paraxial focus of wavelength 1. The "
+     "spread is the largest minus the smallest focus. A mirror system has none. <b>Export to "
+     "ABERRATOR</b> asks first, then writes a .CFS text file: the design title in quotes, the reference "
+     "focus and the image distance in use, then one line per wavelength with its focal shift.</p>"},
+    {"EncircledEnergy", "Geometric encircled energy",
+     "<h3>Geometric encircled energy</h3><p>The fraction of the ray weight within a circle of growing "
+     "radius, centred on the spot's centroid (blue) or on the chief ray (green), and within a square of "
+     "that half width (ensquared, orange). The table gives the radii holding 50, 80 and 90 %. The red "
+     "curve is the diffraction limit of a clear circular pupil, 1 - J0(v)&sup2; - J1(v)&sup2; with "
+     "v = &pi; r / (&lambda; N): a geometric curve far left of it means the diffraction pattern, not the "
+     "rays, sets the image size.</p>"},
+    {"GeometricPsf", "Geometric PSF",
+     "<h3>Geometric PSF</h3><p>The ray weight binned on a square grid centred on the centroid "
+     "(<b>Bins a side</b>, <b>Half width</b>; 0 takes 1.2 times the largest ray distance), scaled to a peak "
+     "of 1. Left, the map (brightness as the square root of the density); right, the relief seen from "
+     "<b>Relief view</b> degrees. It holds no diffraction: use it when the spot is much larger than the "
+     "Airy disc.</p>"},
+    {"GeometricMtf", "Geometric MTF",
+     "<h3>Geometric MTF</h3><p>The modulus of the Fourier transform of the spot's line spread, "
+     "|&Sigma; w exp(-2&pi;i &nu; y)| / &Sigma; w, along Y (tangential, T) and along X (sagittal, S) for "
+     "each field, multiplied, as is usual, by the diffraction MTF of a clear circular pupil, "
+     "(2/&pi;)(acos s - s &radic;(1 - s&sup2;)) with s = &nu; / &nu;c and the cut-off &nu;c = 1/(&lambda; N). "
+     "A perfect system gives the diffraction curve itself (black).</p>"},
+    {"GeometricMtfFocus", "Geometric through-focus MTF",
+     "<h3>Geometric through-focus MTF</h3><p>The geometric MTF, as in the geometric MTF window, at one "
+     "<b>Frequency</b>, tangential and sagittal for each field, while the image plane moves from -range "
+     "to +range around the focus in use. Its peak is the best focus for that frequency.</p>"},
+    {"RealRays", "Real rays",
+     "<h3>Real rays</h3><p>One ray of the chosen wavelength, set by its field fraction and its pupil "
+     "coordinates (fractions of the entrance pupil radius), surface by surface: where it meets the surface "
+     "(X, Y, Z in the surface's own frame, Z the sag), its direction cosines after the surface, the angle "
+     "of incidence (from the surface normal, through Snell's law from the refracted ray; equal to the "
+     "angle of reflection on a mirror), and its geometric path length from the previous surface. The last "
+     "line is the image plane. A ray stopped by an aperture is marked and traced on.</p>"},
+    {"Vignetting", "Vignetting plot",
+     "<h3>Vignetting plot</h3><p>The fraction of the pupil grid's rays that pass every aperture and "
+     "obstruction, from the axis to the full field, wavelength 1. An obstructed telescope starts below 1 "
+     "on the axis by the obstruction's share of the pupil.</p>"},
+    {"Footprint", "Footprint",
+     "<h3>Footprint</h3><p>Where the rays of the pupil grid meet the chosen <b>Surface</b>, in its own "
+     "frame, for each field: blue on axis, green at 0.7, red at the full field (grey where a ray is "
+     "stopped there or before). The black circle is the surface's clear aperture. The text gives how far "
+     "each beam reaches.</p>"},
+    {"BestFocus", "Best focus",
+     "<h3>Best focus</h3><p>The focus shift from the image distance in use that makes the image best by "
+     "one of two measures, on axis or at a field: <b>Min. RMS spot</b>, the RMS spot radius of all "
+     "checked wavelengths, weighted; <b>Min. RMS wavefront</b>, the weighted RMS of the wavefront error "
+     "(piston removed) on the reference sphere. A coarse scan over the search range (0: forty depths of "
+     "focus, 40 N&sup2; &lambda;, at least 0.05 mm) is refined by golden sections. <b>Write into last "
+     "thickness</b> adds the shift to the last surface's thickness in the grid, after a question, and puts "
+     "the new image distance into <b>Actual B.F.L.</b>; the next system update sets the last thickness to "
+     "0 again, as it always does. The graph is the RMS spot radius through focus.</p>"},
 };
 
 }  // namespace

@@ -23,6 +23,7 @@
 #include "shell/dialogs.h"
 #include "shell/layout_window.h"
 #include "shell/geometric_windows.h"
+#include "shell/geometric_family_windows.h"
 #include "shell/predesign_windows.h"
 #include "shell/optimise_window.h"
 #include "shell/spot_window.h"
@@ -51,6 +52,7 @@ MainWindow::MainWindow(Session& session) : session_(session) {
   BuildWindows();
   BuildMenus();
   BuildToolbar();
+  ConnectRmsScans(*this);
   statusFile_ = new QLabel(this);
   statusFile_->setObjectName("StatusFile");
   statusUpdate_ = new QLabel(this);
@@ -98,6 +100,8 @@ void MainWindow::BuildWindows() {
   windows_["FrmMTFfield"] = child([this] { return new MtfWindow(*this); });
   windows_["FrmMTFtfocus"] = child([this] { return new MtfFocusWindow(*this); });
   windows_["FrmZernike"] = child([this] { return new ZernikeWindow(*this); });
+  for (const auto& [name, kind] : FamilyWindows())
+    windows_[Q(name)] = child([this, kind = kind] { return new FamilyWindow(*this, kind); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
