@@ -119,16 +119,16 @@ class AnalysisWindow : public QWidget {
   void SetText(const std::string& text);
 
   MainWindow& main_;
-  QGridLayout* panel_;  // the window's own controls, two columns
-  PlotView* plot_;      // the first pane
+  QGridLayout* panel_ = nullptr;  // the window's own controls, two columns
+  PlotView* plot_ = nullptr;      // the first pane
   std::vector<PlotView*> panes_;
   QPlainTextEdit* text_ = nullptr;
   // The wavelength boxes: check boxes, or radio buttons for a single choice.
   std::array<QAbstractButton*, 6> wl_{};
-  QLabel* referBfl_;
-  QLineEdit* actualBfl_;
-  QComboBox* backColor_;
-  QLabel* designName_;
+  QLabel* referBfl_ = nullptr;
+  QLineEdit* actualBfl_ = nullptr;
+  QComboBox* backColor_ = nullptr;
+  QLabel* designName_ = nullptr;
 
   bool eventFilter(QObject* watched, QEvent* event) override;
   void showEvent(QShowEvent* event) override;

@@ -49,10 +49,10 @@ class DesignWindow : public QWidget {
   void SurfaceCountEntered();
 
   MainWindow& main_;
-  QLineEdit* txtnumsup_;
-  QLineEdit* notes_;
-  QLabel* name_;
-  QTableWidget* grid_;
+  QLineEdit* txtnumsup_ = nullptr;
+  QLineEdit* notes_ = nullptr;
+  QLabel* name_ = nullptr;
+  QTableWidget* grid_ = nullptr;
   QLineEdit* editor_ = nullptr;  // txtDataEntry while it floats
   QComboBox* combo_ = nullptr;   // ComboGlass or Combotipo while it floats
   int comboRow_ = 0, comboCol_ = 0;
@@ -65,16 +65,16 @@ class DesignWindow : public QWidget {
   QLabel* label3_;
   QCheckBox* check1_;
   QCheckBox* check2_;
-  QLineEdit* angleY_;
-  QLineEdit* angleX_;
-  QLabel* lblbfl_;
-  QLabel* lblfocale_;
+  QLineEdit* angleY_ = nullptr;
+  QLineEdit* angleX_ = nullptr;
+  QLabel* lblbfl_ = nullptr;
+  QLabel* lblfocale_ = nullptr;
   QLabel* label15_;
-  QLabel* lblrappfoc_;
-  QLabel* lblimage_;
+  QLabel* lblrappfoc_ = nullptr;
+  QLabel* lblimage_ = nullptr;
   QLabel* label4_;
-  QPushButton* cmdupdate_;
-  QPushButton* cmdwl_;
+  QPushButton* cmdupdate_ = nullptr;
+  QPushButton* cmdwl_ = nullptr;
   bool loading_ = false;
 };
 

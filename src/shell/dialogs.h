@@ -36,7 +36,7 @@ class NewDesignDialog : public QDialog {
   void Ok();
   void Cancel();
   MainWindow& main_;
-  QLineEdit* count_;
+  QLineEdit* count_ = nullptr;
 };
 
 // FrmInsert, "Insert Surface/s".
@@ -48,8 +48,8 @@ class InsertDialog : public QDialog {
  private:
   void Ok();
   MainWindow& main_;
-  QSpinBox* before_;
-  QSpinBox* count_;
+  QSpinBox* before_ = nullptr;
+  QSpinBox* count_ = nullptr;
 };
 
 // FrmDelete, "Delete Surface/s".
@@ -61,8 +61,8 @@ class DeleteDialog : public QDialog {
  private:
   void Ok();
   MainWindow& main_;
-  QSpinBox* first_;
-  QSpinBox* last_;
+  QSpinBox* first_ = nullptr;
+  QSpinBox* last_ = nullptr;
 };
 
 // FrmEnvCond, "Environmental Conditions".
@@ -74,8 +74,8 @@ class EnvironmentDialog : public QDialog {
  private:
   void Ok();
   MainWindow& main_;
-  QLineEdit* temp_;
-  QLineEdit* press_;
+  QLineEdit* temp_ = nullptr;
+  QLineEdit* press_ = nullptr;
 };
 
 // frmSurface: the conic constant, or the conic and the high-order coefficients.
@@ -89,7 +89,7 @@ class SurfaceDialog : public QDialog {
   MainWindow& main_;
   int row_;
   bool highOrder_;
-  QLineEdit* k_;
+  QLineEdit* k_ = nullptr;
   QLineEdit* a4_;
   QLineEdit* a6_;
   QLineEdit* a8_;
@@ -123,7 +123,7 @@ class WavelengthWindow : public QDialog {
   std::array<RowControls, 6> rows_{};
   std::array<QRadioButton*, 6> options_{};
   std::array<QLabel*, 3> presetLabels_{};
-  QLabel* spectrum_;
+  QLabel* spectrum_ = nullptr;
   std::array<int, 6> colors_{};  // 0xRRGGBB
   int count_ = 1;
 };
@@ -140,8 +140,8 @@ class GlassPicker : public QDialog {
   MainWindow& main_;
   Catalogue catalogue_;
   int row_;
-  QLineEdit* filter_;
-  QTableWidget* list_;
+  QLineEdit* filter_ = nullptr;
+  QTableWidget* list_ = nullptr;
 };
 
 // FrmDirect: an index typed for each wavelength in use.
@@ -167,7 +167,7 @@ class TiltWindow : public QWidget {
   void Load();
   void Store();
   MainWindow& main_;
-  QTableWidget* table_;
+  QTableWidget* table_ = nullptr;
   // The text each cell showed when loaded: a cell left alone keeps its exact value.
   std::vector<std::array<QString, 4>> loaded_;
 };
@@ -195,7 +195,7 @@ class HelpBook : public QWidget {
   QString CurrentTopic() const;
 
  private:
-  QListWidget* chapters_;
+  QListWidget* chapters_ = nullptr;
   class QTextBrowser* page_;
 };
 

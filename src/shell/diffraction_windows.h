@@ -40,19 +40,19 @@ class PsfWindow : public AnalysisWindow {
 
  private:
   PsfResult result_;
-  QButtonGroup* grid_;
-  QComboBox* field_;
-  QLineEdit* focalRadius_;
-  QRadioButton* unaberrated_;
-  QComboBox* colour_;       // Combo1
-  QComboBox* fill_;         // Combo2
-  QComboBox* back_;         // Combo3
-  QScrollBar* rot_[3];
-  QLabel* rotEcho_[3];      // Label21..Label23
-  QLabel* strehl_;
-  PlotView* map_;           // Picture2
-  PlotView* scale_;         // Picture4
-  QProgressBar* progress_;
+  QButtonGroup* grid_ = nullptr;
+  QComboBox* field_ = nullptr;
+  QLineEdit* focalRadius_ = nullptr;
+  QRadioButton* unaberrated_ = nullptr;
+  QComboBox* colour_ = nullptr;       // Combo1
+  QComboBox* fill_ = nullptr;         // Combo2
+  QComboBox* back_ = nullptr;         // Combo3
+  QScrollBar* rot_[3]{};
+  QLabel* rotEcho_[3]{};      // Label21..Label23
+  QLabel* strehl_ = nullptr;
+  PlotView* map_ = nullptr;           // Picture2
+  PlotView* scale_ = nullptr;         // Picture4
+  QProgressBar* progress_ = nullptr;
   double surfaceZoom_ = 1, mapZoom_ = 1;
 };
 
@@ -73,9 +73,9 @@ class MtfWindow : public AnalysisWindow {
 
  private:
   MtfResult result_;
-  QButtonGroup* sampling_;
-  QLineEdit* focalRadius_;
-  QProgressBar* progress_;
+  QButtonGroup* sampling_ = nullptr;
+  QLineEdit* focalRadius_ = nullptr;
+  QProgressBar* progress_ = nullptr;
 };
 
 class MtfTextWindow : public QWidget {
@@ -85,7 +85,7 @@ class MtfTextWindow : public QWidget {
   QString text() const;
 
  private:
-  QPlainTextEdit* text_;
+  QPlainTextEdit* text_ = nullptr;
 };
 
 class MtfFocusWindow : public AnalysisWindow {
@@ -103,12 +103,12 @@ class MtfFocusWindow : public AnalysisWindow {
 
  private:
   MtfFocusResult result_;
-  QButtonGroup* sampling_;
-  QComboBox* field_;
-  QLineEdit* focalRadius_;
-  QLineEdit* defocus_;      // Text3
-  QLabel* fieldValue_;      // Label7
-  QProgressBar* progress_;
+  QButtonGroup* sampling_ = nullptr;
+  QComboBox* field_ = nullptr;
+  QLineEdit* focalRadius_ = nullptr;
+  QLineEdit* defocus_ = nullptr;      // Text3
+  QLabel* fieldValue_ = nullptr;      // Label7
+  QProgressBar* progress_ = nullptr;
 };
 
 class ZernikeWindow : public AnalysisWindow {
@@ -126,10 +126,10 @@ class ZernikeWindow : public AnalysisWindow {
 
  private:
   ZernikeResult result_;
-  QLineEdit* focalRadius_;
-  QLabel* fieldCaption_;    // Label28
-  QLabel* fieldValue_;      // Label7
-  QTableWidget* grid_;      // MSFlexGrid1
+  QLineEdit* focalRadius_ = nullptr;
+  QLabel* fieldCaption_ = nullptr;    // Label28
+  QLabel* fieldValue_ = nullptr;      // Label7
+  QTableWidget* grid_ = nullptr;      // MSFlexGrid1
 };
 
 }  // namespace ovrin::shell

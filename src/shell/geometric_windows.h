@@ -48,7 +48,7 @@ class SphericalWindow : public AnalysisWindow {
  private:
   SphericalResult result_;
   bool computed_ = false;
-  QLineEdit* scale_;
+  QLineEdit* scale_ = nullptr;
 };
 
 class FieldCurvatureWindow : public AnalysisWindow {
@@ -66,7 +66,7 @@ class FieldCurvatureWindow : public AnalysisWindow {
  private:
   FieldCurvResult result_;
   bool computed_ = false;
-  QLineEdit* scale_;
+  QLineEdit* scale_ = nullptr;
 };
 
 class RayFanWindow : public AnalysisWindow {
@@ -82,7 +82,7 @@ class RayFanWindow : public AnalysisWindow {
  private:
   RayFanResult result_;
   bool computed_ = false;
-  QLineEdit* focalRadius_;
+  QLineEdit* focalRadius_ = nullptr;
 };
 
 }  // namespace ovrin::shell

@@ -30,14 +30,14 @@ class LayoutWindow : public AnalysisWindow {
   LayoutFrame view_;
   bool zoomed_ = false;
   bool computed_ = false;
-  QSlider* field_;
-  QSlider* rays_;
-  QLabel* fieldValue_;
-  QLabel* raysValue_;
-  QCheckBox* bothHalves_;
-  QCheckBox* vign_;
-  QLabel* track_;
-  QLabel* focal_;
+  QSlider* field_ = nullptr;
+  QSlider* rays_ = nullptr;
+  QLabel* fieldValue_ = nullptr;
+  QLabel* raysValue_ = nullptr;
+  QCheckBox* bothHalves_ = nullptr;
+  QCheckBox* vign_ = nullptr;
+  QLabel* track_ = nullptr;
+  QLabel* focal_ = nullptr;
   double maxField_ = 0;
 };
 

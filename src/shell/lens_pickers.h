@@ -23,8 +23,8 @@ class LensGlassPicker : public QDialog {
 
  private:
   void Fill();
-  QComboBox* catalogue_;
-  QComboBox* glass_;
+  QComboBox* catalogue_ = nullptr;
+  QComboBox* glass_ = nullptr;
   std::function<void(const QString&)> done_;
 };
 
@@ -38,7 +38,7 @@ class WavelengthPicker : public QDialog {
   void Accept();
 
  private:
-  QComboBox* lines_[3];
+  QComboBox* lines_[3]{};
   std::function<void(const QString&)> done_;
 };
 

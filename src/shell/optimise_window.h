@@ -98,14 +98,14 @@ class OptimiseWindow : public QWidget {
 
   QRadioButton *option1_, *option2_, *square_, *gaussian_, *radau_, *paraxial_, *best_;
   QLineEdit *damping_, *iterations_, *eflTarget_, *eflWeight_, *field1_, *weight1_, *field2_, *weight2_;
-  QSlider* slider_;
-  QLabel* eflCurrent_;
+  QSlider* slider_ = nullptr;
+  QLabel* eflCurrent_ = nullptr;
   std::array<QCheckBox*, 6> checks_{};
   std::array<QLineEdit*, 6> weights_{};
-  QTableWidget* grid_;
+  QTableWidget* grid_ = nullptr;
   QLineEdit* editor_ = nullptr;
   std::array<PlotView*, 2> pictures_{};
-  QPlainTextEdit* log_;
+  QPlainTextEdit* log_ = nullptr;
   QPushButton *optimise_, *stop_, *restore_;
 };
 

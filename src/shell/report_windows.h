@@ -71,7 +71,7 @@ class UnivWindow : public QWidget {
 
  private:
   TextPage page_;
-  QPlainTextEdit* text_;
+  QPlainTextEdit* text_ = nullptr;
 };
 
 class ExportAberratorDialog : public QDialog {
@@ -89,7 +89,7 @@ class ExportAberratorDialog : public QDialog {
   void Create();
   MainWindow& main_;
   WavefrontSettings wave_;
-  QRadioButton* options_[4];
+  QRadioButton* options_[4]{};
   QProgressBar* progress1_;
   QProgressBar* progress2_;
 };

@@ -32,22 +32,22 @@ class SpotWindow : public AnalysisWindow {
   SpotResult result_;
   SpotSettings drawnWith_;  // the settings of the last trace
   bool computed_ = false;
-  QComboBox* field_;
-  QComboBox* rays_;
-  QLineEdit* zoom_;
-  QLineEdit* focalRadius_;
-  QCheckBox* plotVign_;
+  QComboBox* field_ = nullptr;
+  QComboBox* rays_ = nullptr;
+  QLineEdit* zoom_ = nullptr;
+  QLineEdit* focalRadius_ = nullptr;
+  QCheckBox* plotVign_ = nullptr;
   QLabel* label16_;
-  QLabel* lblangolo_;
-  QLabel* rms_;
-  QLabel* diameter_;
-  QLabel* height_;
-  QLabel* vignPercent_;
-  QLabel* total_;
-  QLabel* passed_;
-  QLabel* stopped_;
-  QLabel* airy_;
-  QLabel* scale_;
+  QLabel* lblangolo_ = nullptr;
+  QLabel* rms_ = nullptr;
+  QLabel* diameter_ = nullptr;
+  QLabel* height_ = nullptr;
+  QLabel* vignPercent_ = nullptr;
+  QLabel* total_ = nullptr;
+  QLabel* passed_ = nullptr;
+  QLabel* stopped_ = nullptr;
+  QLabel* airy_ = nullptr;
+  QLabel* scale_ = nullptr;
   bool opened_ = false;
 };
 

@@ -39,7 +39,7 @@ class OpdFanWindow : public AnalysisWindow {
 
  private:
   OpdFanResult result_;
-  QLineEdit* focalRadius_;  // Text2
+  QLineEdit* focalRadius_ = nullptr;  // Text2
 };
 
 class OpdFanTextWindow : public QWidget {
@@ -49,7 +49,7 @@ class OpdFanTextWindow : public QWidget {
   QString text() const;
 
  private:
-  QPlainTextEdit* text_;
+  QPlainTextEdit* text_ = nullptr;
 };
 
 class WavefrontWindow : public AnalysisWindow {
@@ -71,23 +71,23 @@ class WavefrontWindow : public AnalysisWindow {
 
  private:
   WavefrontResult result_;
-  QButtonGroup* grid_;
-  QComboBox* field_;
-  QLineEdit* focalRadius_;
-  QCheckBox* reverse_;
-  QRadioButton* black_;
-  QScrollBar* rot_[3];
-  QSlider* relief_;
-  QLabel* pv_;
-  QLabel* rms_;
-  QLabel* strehl_;
-  QLabel* peak_;
-  QLabel* valley_;
-  QLabel* third_;
-  QLabel* twoThirds_;
-  PlotView* map_;
-  PlotView* bar_;
-  QProgressBar* progress_;
+  QButtonGroup* grid_ = nullptr;
+  QComboBox* field_ = nullptr;
+  QLineEdit* focalRadius_ = nullptr;
+  QCheckBox* reverse_ = nullptr;
+  QRadioButton* black_ = nullptr;
+  QScrollBar* rot_[3]{};
+  QSlider* relief_ = nullptr;
+  QLabel* pv_ = nullptr;
+  QLabel* rms_ = nullptr;
+  QLabel* strehl_ = nullptr;
+  QLabel* peak_ = nullptr;
+  QLabel* valley_ = nullptr;
+  QLabel* third_ = nullptr;
+  QLabel* twoThirds_ = nullptr;
+  PlotView* map_ = nullptr;
+  PlotView* bar_ = nullptr;
+  QProgressBar* progress_ = nullptr;
   double zoom_ = 1;
 };
 
@@ -113,7 +113,7 @@ class VersusWindow : public AnalysisWindow {
   QLineEdit* defocus_ = nullptr;
   QLineEdit* shortWl_ = nullptr;
   QLineEdit* longWl_ = nullptr;
-  QProgressBar* progress_;
+  QProgressBar* progress_ = nullptr;
 };
 
 }  // namespace ovrin::shell
