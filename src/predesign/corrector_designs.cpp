@@ -206,8 +206,8 @@ Plan SchmidtCassegrain(const Inputs& in, Kind kind) {
   std::vector<Free> free{PlateA4};
   std::string variant;
   if (kind == Kind::SchmidtCassegrain) {
-    const KindSpec& spec = SpecOf(kind);
-    variant = in.variant.empty() ? spec.variants.front().key : in.variant;
+    const KindSpec& kind_info = SpecOf(kind);
+    variant = in.variant.empty() ? kind_info.variants.front().key : in.variant;
     if (variant == "aspheric-primary") free.push_back(PrimaryK);
     else if (variant == "aspheric-secondary") free.push_back(SecondaryK);
     else if (variant == "aspheric-both") free = {PlateA4, PrimaryK, SecondaryK};

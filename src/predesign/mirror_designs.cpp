@@ -119,18 +119,18 @@ Plan TwoMirror(const Inputs& in, bool gregorian) {
   // Cassegrain, Dall-Kirkham, Ritchey-Chretien, Pressmann-Camichel.
   const int cass_order[4] = {0, 3, 1, 2};
   const int greg_order[4] = {0, 1, 2, 3};
-  const KindSpec& spec = SpecOf(gregorian ? Kind::Gregorian : Kind::Cassegrain);
+  const KindSpec& kind_info = SpecOf(gregorian ? Kind::Gregorian : Kind::Cassegrain);
   int variant = 0;
-  for (std::size_t i = 0; i < spec.variants.size(); ++i)
-    if (in.variant == spec.variants[i].key) variant = static_cast<int>(i);
-  if (!in.variant.empty() && in.variant != spec.variants[variant].key) throw Refusal("Unknown variant " + in.variant);
+  for (std::size_t i = 0; i < kind_info.variants.size(); ++i)
+    if (in.variant == kind_info.variants[i].key) variant = static_cast<int>(i);
+  if (!in.variant.empty() && in.variant != kind_info.variants[variant].key) throw Refusal("Unknown variant " + in.variant);
   const int row = gregorian ? greg_order[variant] : cass_order[variant];
   const double K1 = RoundTo(pairs[row][0], 4), K2 = RoundTo(pairs[row][1], 4);
   p.results.push_back({"Primary conic", "Primary conic", FormatFixed(K1, 4)});
   p.results.push_back({"Secondary conic", "Secondary conic", FormatFixed(K2, 4)});
   for (int i = 0; i < 4; ++i) {
     const int r = gregorian ? greg_order[i] : cass_order[i];
-    p.extras.push_back({std::string(spec.variants[i].button) + " conics", std::string(spec.variants[i].button) + " conics",
+    p.extras.push_back({std::string(kind_info.variants[i].button) + " conics", std::string(kind_info.variants[i].button) + " conics",
                         FormatFixed(pairs[r][0], 4) + " / " + FormatFixed(pairs[r][1], 4)});
   }
 
@@ -152,7 +152,7 @@ Plan TwoMirror(const Inputs& in, bool gregorian) {
   };
   p.beamSemi = D1 / 2;
   p.halfFieldDeg = Degrees(std::atan(Div(Df / 2, EFL)));
-  p.system = std::string(spec.variants[variant].button) + " " + FormatFixed(D1, 0) + " mm f/" + FormatFixed(N, 2) +
+  p.system = std::string(kind_info.variants[variant].button) + " " + FormatFixed(D1, 0) + " mm f/" + FormatFixed(N, 2) +
              " (pre-design)";
   p.dims = {{"D1", true, d, d, D1 / 2},   {"Ds", true, 0, 0, Ds / 2},
             {"d", false, 0, d, D1 / 2 + 0.1 * D1}, {"BFL", false, d, d + b, -D1 / 2 - 0.1 * D1},
