@@ -28,36 +28,6 @@ namespace ovrin::shell {
 
 namespace {
 
-QLineEdit* Box(const char* name, const QString& text, QWidget* parent) {
-  auto* b = new QLineEdit(text, parent);
-  b->setObjectName(name);
-  b->setAlignment(Qt::AlignRight);
-  return b;
-}
-
-QPushButton* Button(const char* name, const QString& caption, QWidget* parent) {
-  auto* b = new QPushButton(caption, parent);
-  b->setObjectName(name);
-  return b;
-}
-
-QProgressBar* NewProgressBar(QWidget* parent) {
-  auto* p = new QProgressBar(parent);
-  p->setObjectName("ProgressBar1");
-  p->setRange(0, 100);
-  p->hide();
-  return p;
-}
-
-ovrin::Progress ProgressOf(QProgressBar* bar) {
-  return [bar](int percent) {
-    bar->setValue(percent);
-    bar->repaint();
-  };
-}
-
-double Val(const QLineEdit* box) { return ParseLeadingNumber(S(box->text())); }
-
 FrameOptions OneWavelength(std::vector<std::string> panes, double aspect, int columns = 1) {
   FrameOptions o;
   o.plot_aspect = aspect;
@@ -125,7 +95,7 @@ PsfWindow::PsfWindow(MainWindow& main)
   };
   grid_ = SizeChoice(this, 64, panel_, r);
   field_ = FieldChoice(this);
-  focalRadius_ = Box("Text2", "0", this);
+  focalRadius_ = NamedNumberBox("Text2", "0", this);
   SelectAllOnFocus(focalRadius_);
   actualBfl_->setText(Q(FormatFixed(main.session().design.Bfl, 4)));
   row("Field", field_);
@@ -187,7 +157,7 @@ PsfWindow::PsfWindow(MainWindow& main)
   strehl_ = new QLabel(this);
   strehl_->setObjectName("LabelStrehl");
   row("STREHL  RATIO", strehl_);
-  QPushButton* autofocus = Button("Cmdautofocus", "Auto-Focus   (Min.on-axis RMS)", this);
+  QPushButton* autofocus = NamedButton("Cmdautofocus", "Auto-Focus   (Min.on-axis RMS)", this);
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
   panel_->addWidget(autofocus, r++, 0, 1, 2);
 
@@ -200,7 +170,7 @@ PsfWindow::PsfWindow(MainWindow& main)
   scale_->setObjectName("Picture4");
   scale_->setMinimumSize(240, 40);
   panel_->addWidget(scale_, r++, 0, 1, 2);
-  progress_ = NewProgressBar(this);
+  progress_ = RunProgressBar(this);
   panel_->addWidget(progress_, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
 
@@ -218,8 +188,8 @@ PsfSettings PsfWindow::Settings() const {
   PsfSettings s;
   s.wavelength = ChosenWavelength();
   s.grid = grid_->checkedId() > 0 ? grid_->checkedId() : 64;
-  s.actualBfl = Val(actualBfl_);
-  s.focalRadius = Val(focalRadius_);
+  s.actualBfl = BoxValue(actualBfl_);
+  s.focalRadius = BoxValue(focalRadius_);
   s.fullField = field_->currentIndex() != 0;
   s.angleYDeg = ParseLeadingNumber(main_.session().sheet.Txtangolo);
   s.angleXDeg = ParseLeadingNumber(main_.session().sheet.TxtangoloX);
@@ -243,7 +213,7 @@ PsfView PsfWindow::View() const {
 void PsfWindow::Recompute() {
   progress_->setValue(0);
   progress_->show();
-  PsfResult r = ComputePsf(main_.session().design, Settings(), ProgressOf(progress_));
+  PsfResult r = ComputePsf(main_.session().design, Settings(), PaintingProgress(progress_));
   progress_->hide();
   // A failed run leaves the pictures as they were.
   if (!r.ok) return;
@@ -291,18 +261,18 @@ MtfWindow::MtfWindow(MainWindow& main)
   int r = 0;
   panel_->addWidget(new QLabel("Sampling", this), r++, 0, 1, 2);
   sampling_ = SizeChoice(this, 64, panel_, r);
-  focalRadius_ = Box("Text2", "0", this);
+  focalRadius_ = NamedNumberBox("Text2", "0", this);
   SelectAllOnFocus(focalRadius_);
   actualBfl_->setText(Q(FormatFixed(main.session().design.Bfl, 4)));
   panel_->addWidget(new QLabel("Field Curv.Rad", this), r, 0);
   panel_->addWidget(focalRadius_, r++, 1);
-  QPushButton* text = Button("Command2", "MTF  Text", this);
+  QPushButton* text = NamedButton("Command2", "MTF  Text", this);
   connect(text, &QPushButton::clicked, this, [this] { ShowText(); });
   panel_->addWidget(text, r++, 0, 1, 2);
-  QPushButton* autofocus = Button("Cmdautofocus", "Auto-Focus   (Min.on-axis RMS)", this);
+  QPushButton* autofocus = NamedButton("Cmdautofocus", "Auto-Focus   (Min.on-axis RMS)", this);
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
   panel_->addWidget(autofocus, r++, 0, 1, 2);
-  progress_ = NewProgressBar(this);
+  progress_ = RunProgressBar(this);
   panel_->addWidget(progress_, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
 }
@@ -316,8 +286,8 @@ MtfSettings MtfWindow::Settings() const {
   MtfSettings s;
   s.wavelength = ChosenWavelength();
   s.sampling = sampling_->checkedId() > 0 ? sampling_->checkedId() : 64;
-  s.actualBfl = Val(actualBfl_);
-  s.focalRadius = Val(focalRadius_);
+  s.actualBfl = BoxValue(actualBfl_);
+  s.focalRadius = BoxValue(focalRadius_);
   s.angleYDeg = ParseLeadingNumber(main_.session().sheet.Txtangolo);
   s.angleXDeg = ParseLeadingNumber(main_.session().sheet.TxtangoloX);
   return s;
@@ -326,7 +296,7 @@ MtfSettings MtfWindow::Settings() const {
 void MtfWindow::Recompute() {
   progress_->setValue(0);
   progress_->show();
-  MtfResult r = ComputeMtf(main_.session().design, Settings(), ProgressOf(progress_));
+  MtfResult r = ComputeMtf(main_.session().design, Settings(), PaintingProgress(progress_));
   progress_->hide();
   if (!r.ok) return;
   result_ = std::move(r);
@@ -368,7 +338,7 @@ MtfTextWindow::MtfTextWindow(const MtfResult& r, QWidget* parent) : QWidget(pare
   QStringList lines;
   for (const std::string& l : r.text) lines << Q(l);
   text_->setPlainText(lines.join("\n"));
-  QPushButton* print = Button("Print", "&Print", this);
+  QPushButton* print = NamedButton("Print", "&Print", this);
   connect(print, &QPushButton::clicked, this, [this] {
     if (!AskYesNo(this, "Do you want to print this window?", windowTitle())) return;
     QPrinter printer(QPrinter::HighResolution);
@@ -405,8 +375,8 @@ MtfFocusWindow::MtfFocusWindow(MainWindow& main)
   field_ = FieldChoice(this);
   fieldValue_ = new QLabel(this);
   fieldValue_->setObjectName("Label7");
-  focalRadius_ = Box("Text2", "0", this);
-  defocus_ = Box("Text3", "0.1", this);
+  focalRadius_ = NamedNumberBox("Text2", "0", this);
+  defocus_ = NamedNumberBox("Text3", "0.1", this);
   SelectAllOnFocus(focalRadius_);
   SelectAllOnFocus(defocus_);
   actualBfl_->setText(Q(FormatFixed(main.session().design.Bfl, 4)));
@@ -415,10 +385,10 @@ MtfFocusWindow::MtfFocusWindow(MainWindow& main)
   row("Field Curv.Rad", focalRadius_);
   row("Defocus", defocus_);
   connect(field_, &QComboBox::currentIndexChanged, this, [this](int) { Activated(); });
-  QPushButton* autofocus = Button("Cmdautofocus", "Auto-Focus   (Min.on-axis RMS)", this);
+  QPushButton* autofocus = NamedButton("Cmdautofocus", "Auto-Focus   (Min.on-axis RMS)", this);
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
   panel_->addWidget(autofocus, r++, 0, 1, 2);
-  progress_ = NewProgressBar(this);
+  progress_ = RunProgressBar(this);
   panel_->addWidget(progress_, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
 }
@@ -434,19 +404,19 @@ MtfFocusSettings MtfFocusWindow::Settings() const {
   MtfFocusSettings s;
   s.wavelength = ChosenWavelength();
   s.sampling = sampling_->checkedId() > 0 ? sampling_->checkedId() : 64;
-  s.actualBfl = Val(actualBfl_);
-  s.focalRadius = Val(focalRadius_);
+  s.actualBfl = BoxValue(actualBfl_);
+  s.focalRadius = BoxValue(focalRadius_);
   s.fullField = field_->currentIndex() != 0;
   s.angleYDeg = ParseLeadingNumber(main_.session().sheet.Txtangolo);
   s.angleXDeg = ParseLeadingNumber(main_.session().sheet.TxtangoloX);
-  s.defocus = Val(defocus_);
+  s.defocus = BoxValue(defocus_);
   return s;
 }
 
 void MtfFocusWindow::Recompute() {
   progress_->setValue(0);
   progress_->show();
-  MtfFocusResult r = ComputeMtfFocus(main_.session().design, Settings(), ProgressOf(progress_));
+  MtfFocusResult r = ComputeMtfFocus(main_.session().design, Settings(), PaintingProgress(progress_));
   progress_->hide();
   if (!r.ok) return;
   result_ = std::move(r);
@@ -475,7 +445,7 @@ ZernikeWindow::ZernikeWindow(MainWindow& main)
     panel_->addWidget(caption, r, 0);
     panel_->addWidget(w, r++, 1);
   };
-  focalRadius_ = Box("Text2", "0", this);
+  focalRadius_ = NamedNumberBox("Text2", "0", this);
   SelectAllOnFocus(focalRadius_);
   actualBfl_->setText(Q(FormatFixed(main.session().design.Bfl, 4)));
   fieldCaption_ = new QLabel("Half-Field Angle", this);
@@ -484,7 +454,7 @@ ZernikeWindow::ZernikeWindow(MainWindow& main)
   fieldValue_->setObjectName("Label7");
   row(fieldCaption_, fieldValue_);
   row(new QLabel("Field Curv.Rad", this), focalRadius_);
-  QPushButton* calc = Button("CmdZernike", "Calculate Zernikes Coeff.", this);
+  QPushButton* calc = NamedButton("CmdZernike", "Calculate Zernikes Coeff.", this);
   connect(calc, &QPushButton::clicked, this, [this] { Update(); });
   panel_->addWidget(calc, r++, 0, 1, 2);
 
@@ -515,8 +485,8 @@ void ZernikeWindow::Activated() {
 ZernikeSettings ZernikeWindow::Settings() const {
   ZernikeSettings s;
   s.wavelength = ChosenWavelength();
-  s.actualBfl = Val(actualBfl_);
-  s.focalRadius = Val(focalRadius_);
+  s.actualBfl = BoxValue(actualBfl_);
+  s.focalRadius = BoxValue(focalRadius_);
   s.angleYDeg = ParseLeadingNumber(main_.session().sheet.Txtangolo);
   s.angleXDeg = ParseLeadingNumber(main_.session().sheet.TxtangoloX);
   return s;

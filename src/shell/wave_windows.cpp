@@ -39,37 +39,6 @@ QLabel* Value(const char* name, QWidget* parent) {
   return l;
 }
 
-QLineEdit* Box(const char* name, const QString& text, QWidget* parent) {
-  auto* b = new QLineEdit(text, parent);
-  b->setObjectName(name);
-  b->setAlignment(Qt::AlignRight);
-  return b;
-}
-
-QPushButton* Button(const char* name, const QString& caption, QWidget* parent) {
-  auto* b = new QPushButton(caption, parent);
-  b->setObjectName(name);
-  return b;
-}
-
-QProgressBar* NewProgressBar(QWidget* parent) {
-  auto* p = new QProgressBar(parent);
-  p->setObjectName("ProgressBar1");
-  p->setRange(0, 100);
-  p->hide();
-  return p;
-}
-
-// A progress report that paints at once: the run holds the event loop.
-ovrin::Progress ProgressOf(QProgressBar* bar) {
-  return [bar](int percent) {
-    bar->setValue(percent);
-    bar->repaint();
-  };
-}
-
-double Val(const QLineEdit* box) { return ParseLeadingNumber(S(box->text())); }
-
 // The design window's field angle boxes, in degrees.
 struct Angles {
   double y, x;
@@ -110,10 +79,10 @@ FrameOptions VersusFrame() {
 
 OpdFanWindow::OpdFanWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmOPDfan", "OPD Fans  (Optical Path Difference)", "OPDfan", FanFrame()) {
-  focalRadius_ = Box("Text2", "0", this);
+  focalRadius_ = NamedNumberBox("Text2", "0", this);
   SelectAllOnFocus(focalRadius_);
-  QPushButton* text = Button("Command2", "OPD Fans TEXT", this);
-  QPushButton* autofocus = Button("Cmdautofocus", "Auto-Focus  (Min.on-axis RMS)", this);
+  QPushButton* text = NamedButton("Command2", "OPD Fans TEXT", this);
+  QPushButton* autofocus = NamedButton("Cmdautofocus", "Auto-Focus  (Min.on-axis RMS)", this);
   connect(text, &QPushButton::clicked, this, [this] { ShowText(); });
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
   int r = 0;
@@ -134,15 +103,15 @@ void OpdFanWindow::Activated() {
     wl_[k - 1]->setEnabled(false);
   }
   referBfl_->setText(Q(FormatFixed(d.Bfl, 4)));
-  if (Val(actualBfl_) == 0) actualBfl_->setText(Q(FormatFixed(d.Bfl, 4)));
+  if (BoxValue(actualBfl_) == 0) actualBfl_->setText(Q(FormatFixed(d.Bfl, 4)));
 }
 
 void OpdFanWindow::Recompute() {
   DesignState& d = main_.session().design;
   const Angles angles = SheetAngles(main_.session().sheet);
   OpdFanSettings s;
-  s.actualBfl = Val(actualBfl_);
-  s.focalRadius = Val(focalRadius_);
+  s.actualBfl = BoxValue(actualBfl_);
+  s.focalRadius = BoxValue(focalRadius_);
   s.angleYDeg = angles.y;
   s.angleXDeg = angles.x;
   result_ = ComputeOpdFan(d, s);
@@ -211,7 +180,7 @@ OpdFanTextWindow::OpdFanTextWindow(const OpdFanResult& r, QWidget* parent) : QWi
     }
   }
   text_->setPlainText(t);
-  QPushButton* print = Button("Print", "&Print", this);
+  QPushButton* print = NamedButton("Print", "&Print", this);
   connect(print, &QPushButton::clicked, this, [this] {
     if (!AskYesNo(this, "Do you want to print this window?", windowTitle())) return;
     QPrinter printer(QPrinter::HighResolution);
@@ -251,14 +220,14 @@ WavefrontWindow::WavefrontWindow(MainWindow& main)
   field_ = new QComboBox(this);
   field_->setObjectName("ComboField");
   field_->addItems({"On-Axis", "Full-Field"});
-  focalRadius_ = Box("Text2", "0", this);
+  focalRadius_ = NamedNumberBox("Text2", "0", this);
   SelectAllOnFocus(focalRadius_);
   actualBfl_->setText(Q(FormatFixed(main.session().design.Bfl, 4)));
   reverse_ = new QCheckBox("Reverse WF", this);
   reverse_->setObjectName("CheckReverse");
-  QPushButton* autofocus = Button("Command1", " AUTO-FOCUS        (Min. on-axis RMS)", this);
+  QPushButton* autofocus = NamedButton("Command1", " AUTO-FOCUS        (Min. on-axis RMS)", this);
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
-  QPushButton* exportOpd = Button("ExportOPD", "&Export to \"ABERRATOR\"", this);
+  QPushButton* exportOpd = NamedButton("ExportOPD", "&Export to \"ABERRATOR\"", this);
   connect(exportOpd, &QPushButton::clicked, this, [this] {
     ExportAberratorDialog dialog(main_, Settings(), this);
     dialog.exec();
@@ -299,7 +268,7 @@ WavefrontWindow::WavefrontWindow(MainWindow& main)
   bar_ = new PlotView(6.0, this);
   bar_->setObjectName("Picture4");
   bar_->setMinimumSize(240, 40);
-  progress_ = NewProgressBar(this);
+  progress_ = RunProgressBar(this);
 
   plot_->installEventFilter(this);
   plot_->setToolTip("Zoom-In: Left  Mouse  Click \nZoom-Out: Right  Mouse  Click ");
@@ -342,8 +311,8 @@ WavefrontSettings WavefrontWindow::Settings() const {
   WavefrontSettings s;
   s.wavelength = ChosenWavelength();
   s.gridDiv = grid_->checkedId() > 0 ? grid_->checkedId() : 32;
-  s.actualBfl = Val(actualBfl_);
-  s.focalRadius = Val(focalRadius_);
+  s.actualBfl = BoxValue(actualBfl_);
+  s.focalRadius = BoxValue(focalRadius_);
   s.fullField = field_->currentIndex() != 0;
   const Angles angles = SheetAngles(main_.session().sheet);
   s.angleYDeg = angles.y;
@@ -366,7 +335,7 @@ ReliefView WavefrontWindow::View() const {
 void WavefrontWindow::Recompute() {
   progress_->setValue(0);
   progress_->show();
-  result_ = ComputeWavefront(main_.session().design, Settings(), ProgressOf(progress_));
+  result_ = ComputeWavefront(main_.session().design, Settings(), PaintingProgress(progress_));
   progress_->hide();
   const bool ok = result_.ok;
   pv_->setText(ok ? Q(result_.Label19) : QString());
@@ -425,19 +394,19 @@ VersusWindow::VersusWindow(MainWindow& main, VersusScan scan, VersusMeasure meas
       measure_(measure) {
   const DesignState& d = main.session().design;
   actualBfl_->setText(Q(FormatFixed(d.Bfl, 4)));
-  QPushButton* autofocus = Button("Command2", "AutoFocus", this);
+  QPushButton* autofocus = NamedButton("Command2", "AutoFocus", this);
   connect(autofocus, &QPushButton::clicked, this, [this] { AutoFocusAndUpdate(); });
-  progress_ = NewProgressBar(this);
+  progress_ = RunProgressBar(this);
   int r = 0;
   if (scan == VersusScan::Focus) {
-    defocus_ = Box("Text1", "0.100", this);
+    defocus_ = NamedNumberBox("Text1", "0.100", this);
     SelectAllOnFocus(defocus_);
     panel_->addWidget(new QLabel("Defocus", this), r, 0);
     panel_->addWidget(defocus_, r++, 1);
   } else if (scan == VersusScan::Wavelength) {
     const auto [lo, hi] = DefaultWavelengthRange(d);
-    shortWl_ = Box("TextShort", Q(FormatFixed(lo, 4)), this);
-    longWl_ = Box("TextLong", Q(FormatFixed(hi, 4)), this);
+    shortWl_ = NamedNumberBox("TextShort", Q(FormatFixed(lo, 4)), this);
+    longWl_ = NamedNumberBox("TextLong", Q(FormatFixed(hi, 4)), this);
     panel_->addWidget(new QLabel("Actual Short WL", this), r, 0);
     panel_->addWidget(shortWl_, r++, 1);
     panel_->addWidget(new QLabel("Actual Long WL", this), r, 0);
@@ -460,13 +429,13 @@ VersusSettings VersusWindow::Settings() const {
   s.scan = scan_;
   s.measure = measure_;
   s.wavelength = ChosenWavelength();
-  s.actualBfl = Val(actualBfl_);
+  s.actualBfl = BoxValue(actualBfl_);
   const Angles angles = SheetAngles(main_.session().sheet);
   s.angleYDeg = angles.y;
   s.angleXDeg = angles.x;
-  if (defocus_) s.defocus = Val(defocus_);
-  if (shortWl_) s.shortWl = Val(shortWl_);
-  if (longWl_) s.longWl = Val(longWl_);
+  if (defocus_) s.defocus = BoxValue(defocus_);
+  if (shortWl_) s.shortWl = BoxValue(shortWl_);
+  if (longWl_) s.longWl = BoxValue(longWl_);
   return s;
 }
 
@@ -474,7 +443,7 @@ void VersusWindow::Recompute() {
   const VersusSettings s = Settings();
   progress_->setValue(0);
   progress_->show();
-  result_ = s.wavelength >= 1 ? ComputeVersus(main_.session().design, s, ProgressOf(progress_)) : VersusResult{};
+  result_ = s.wavelength >= 1 ? ComputeVersus(main_.session().design, s, PaintingProgress(progress_)) : VersusResult{};
   progress_->hide();
   std::string lines;
   for (const std::string& l : result_.text) lines += (lines.empty() ? "" : "\n") + l;

@@ -1,5 +1,9 @@
 #include "shell/widgets_util.h"
 
+#include <QProgressBar>
+
+#include <QPushButton>
+
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -119,5 +123,35 @@ bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
     return false;
   }
 }
+
+QLineEdit* NamedNumberBox(const char* name, const QString& text, QWidget* parent) {
+  auto* b = new QLineEdit(text, parent);
+  b->setObjectName(name);
+  b->setAlignment(Qt::AlignRight);
+  return b;
+}
+
+QPushButton* NamedButton(const char* name, const QString& caption, QWidget* parent) {
+  auto* b = new QPushButton(caption, parent);
+  b->setObjectName(name);
+  return b;
+}
+
+QProgressBar* RunProgressBar(QWidget* parent) {
+  auto* p = new QProgressBar(parent);
+  p->setObjectName("ProgressBar1");
+  p->setRange(0, 100);
+  p->hide();
+  return p;
+}
+
+std::function<void(int)> PaintingProgress(QProgressBar* bar) {
+  return [bar](int percent) {
+    bar->setValue(percent);
+    bar->repaint();
+  };
+}
+
+double BoxValue(const QLineEdit* box) { return ParseLeadingNumber(S(box->text())); }
 
 }  // namespace ovrin::shell

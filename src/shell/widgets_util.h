@@ -9,6 +9,8 @@
 
 class QWidget;
 class QLineEdit;
+class QPushButton;
+class QProgressBar;
 
 namespace ovrin::shell {
 
@@ -19,6 +21,16 @@ inline std::string S(const QString& s) { return s.toStdString(); }
 // top = (area height - window height) / dy. The area is the main window's
 // workspace for a child window and the screen for a top-level one.
 void CenterWindow(QWidget* w, int dx, int dy);
+
+// Controls made with their object names, as the analysis windows build them.
+QLineEdit* NamedNumberBox(const char* name, const QString& text, QWidget* parent);  // right-aligned
+QPushButton* NamedButton(const char* name, const QString& caption, QWidget* parent);
+// The hidden "ProgressBar1" of a long run, 0..100.
+QProgressBar* RunProgressBar(QWidget* parent);
+// A progress report that paints at once: the run holds the event loop.
+std::function<void(int)> PaintingProgress(QProgressBar* bar);
+// The leading number of a box, as the program reads every box.
+double BoxValue(const QLineEdit* box);
 
 // Message boxes. Every message of the program goes through these, so that the
 // text is exactly the program's and the title is the caller's caption.
