@@ -105,6 +105,7 @@ ElementDrawing ComputeElement(const DesignState& d, const ElementSettings& s) {
     return e;
   }
   e.ref = *found;
+  e.title = d.DesignFileTitle;
   const int i = e.ref.first;
   std::vector<double> frontZ, backZ;  // profiles sampled at the same heights
   if (!e.ref.mirror) {
@@ -252,6 +253,7 @@ void DrawElement(const ElementDrawing& e, Canvas& c) {
   c.Text(193, 37, e.ref.mirror ? "ELEMENT DRAWING - MIRROR" : "ELEMENT DRAWING - LENS", kInk);
   c.Text(193, 30, "Scale " + e.scaleText + "   (lengths in mm)", kInk);
   c.Text(193, 23, "Sheet A4", kInk);
+  if (!e.title.empty()) c.Text(193, 16, "Design: " + e.title, kInk);
   // The data table.
   double y = 196;
   for (const std::string& line : e.table) {
@@ -279,7 +281,7 @@ void DrawElement(const ElementDrawing& e, Canvas& c) {
   const double left = X(zmin) - 14;
   c.Line(X(e.section.front().x), Y(-h), left - 2, Y(-h), kAxisInk, 1);
   c.Line(X(e.section.front().x), Y(h), left - 2, Y(h), kAxisInk, 1);
-  Dimension(c, left, Y(-h), left, Y(h), "D " + FormatFixed(2 * h, 2), left - 16, cy + 2);
+  Dimension(c, left, Y(-h), left, Y(h), "D " + FormatFixed(2 * h, 2), left - 24, cy + 6);
   // Centre thickness, below the part, from the two vertices.
   const double below = Y(-h) - 10;
   const std::size_t half = e.section.size() / 2;  // the back face starts here, at the top

@@ -40,6 +40,7 @@ struct ElementDrawing {
   bool ok = false;
   std::string error;
   ElementRef ref;
+  std::string title;        // the design file's name, for the title block
   std::string glass;        // the catalogue and glass name, or the index typed
   ElementFace front, back;  // in the order of the light
   double rimSemiDiam = 0;   // the outer half-diameter of the part
