@@ -126,10 +126,12 @@ Runner ElementCommand(CLI::App& c) {
                         {"Table", e.table}};
     RecordingCanvas sheet;
     DrawElement(e, sheet);
-    // Four pixels to the millimetre of paper.
+    // PDF and SVG on an A4 page in points, so that the print measures true;
+    // the PNG at four pixels to the millimetre of paper.
     for (const auto& [key, path] : {std::pair{"pdf", &o->pdf}, {"svg", &o->svg}, {"png", &o->png}}) {
       if (path->empty()) continue;
-      WritePictureFile(sheet, 1188, 840, *path);
+      const bool bitmap = std::string(key) == "png";
+      WritePictureFile(sheet, bitmap ? 1188 : 842, bitmap ? 840 : 595, *path);
       j[key] = *path;
     }
     return j;

@@ -178,6 +178,7 @@ ElementDrawing ComputeElement(const DesignState& d, const ElementSettings& s) {
   t.push_back("Diameter: " + Num(2 * e.rimSemiDiam, 3));
   t.push_back("Centre thickness: " + Num(e.centreThickness, 3));
   t.push_back("Edge thickness: " + Num(e.edgeThickness, 3));
+  if (e.edgeThickness <= 0) t.push_back("WARNING: the faces meet inside the rim");
   t.push_back("Volume: " + Num(e.volume / 1000, 3) + " cm3");
   // A face is convex where its centre stands out of the part: a front face
   // whose edge lies behind its vertex, a back face whose edge lies before it.
@@ -253,7 +254,7 @@ void DrawElement(const ElementDrawing& e, Canvas& c) {
   c.Text(193, 37, e.ref.mirror ? "ELEMENT DRAWING - MIRROR" : "ELEMENT DRAWING - LENS", kInk);
   c.Text(193, 30, "Scale " + e.scaleText + "   (lengths in mm)", kInk);
   c.Text(193, 23, "Sheet A4", kInk);
-  if (!e.title.empty()) c.Text(193, 16, "Design: " + e.title, kInk);
+  if (!e.title.empty()) c.Text(193, 16, e.title.size() > 30 ? e.title.substr(0, 27) + "..." : e.title, kInk);
   // The data table.
   double y = 196;
   for (const std::string& line : e.table) {

@@ -382,6 +382,39 @@ const Chapter kChapters[] = {
      "thickness</b> adds the shift to the last surface's thickness in the grid, after a question, and puts "
      "the new image distance into <b>Actual B.F.L.</b>; the next system update sets the last thickness to "
      "0 again, as it always does. The graph is the RMS spot radius through focus.</p>"},
+    {"Layout3D", "3D layout",
+     "<h3>3D layout</h3><p>The design in three dimensions: lenses shaded in blue and closed by their rims, "
+     "mirrors in grey, obstructions in red, the image plane as a square, and rays of wavelength 1 at three "
+     "fields (green on axis, blue at 0.7, red at the full field), a meridional fan and, with <b>Sagittal rays "
+     "too</b>, a sagittal one. Tilted and decentered surfaces stand where the ray trace finds them: a tilted "
+     "flat folds the axis, and a decenter moves what follows, as it does for the rays. Press <b>Update</b>, "
+     "then drag the picture with the left button to turn the design (across turns it about the vertical, up "
+     "and down tilts it), or use the three rotation sliders; the wheel or the <b>Zoom</b> slider enlarges. "
+     "<b>Side view</b> shows the 2D layout's view. The small axes at the lower left show which way X, Y and Z "
+     "point. To check a folded design, compare the place of the focus with the tube you mean to build; "
+     "Print and Save work as in every window. A design the drawing cannot follow gives \"ERROR! ?\".</p>"},
+    {"ElementDrawing", "Element drawing",
+     "<h3>Element drawing</h3><p>The workshop sheet of one element, chosen in the <b>Element</b> list: a lens "
+     "(two faces with glass between them) or a mirror on its blank. The section is drawn to a standard scale "
+     "(given in the title block) on an A4 landscape sheet, the light coming from the left, with the diameter "
+     "(D), the centre thickness on the axis (CT) and the edge thickness at the rim (ET). The table gives the "
+     "glass, each face's radius (convex or concave as seen from outside the part), clear diameter, conic and "
+     "high-order terms, and its sag at the edge, and the volume. A face smaller than the part is carried flat "
+     "out to the rim. A mirror's blank is a sixth of its diameter thick at the centre unless you type "
+     "another in <b>Mirror blank</b>.</p><p>To compare with the real part: the edge thickness is what a "
+     "micrometer reads at the rim, and the sag at the edge is what a spherometer or a depth gauge reads over "
+     "the full clear diameter; both follow from the radii and the centre thickness. <b>Print sheet (A4)</b> "
+     "prints the sheet over the whole A4 page, so that a rule laid on the print measures true at the stated "
+     "scale; <b>Save sheet</b> writes it as PDF or SVG (an A4 page) or PNG.</p>"},
+    {"SolveContact", "Solve for edge contact",
+     "<h3>Solve for edge contact</h3><p>Choose a surface and the contact half-diameters on it and on the "
+     "next surface (the half-diameters of the table are offered). <b>Solve</b> shows the thickness after "
+     "the surface that brings the two rims together, from the sag of each surface at its half-diameter: "
+     "thickness = sag of the first - sag of the second. <b>OK</b> writes it into the table and runs the "
+     "system update, as every edit does. Use it for air-spaced lenses that rest on each other at their "
+     "edges, or for the rim of a cemented pair. When the faces would cross inside the rim (two faces bulging "
+     "towards each other) a warning says where, and the thickness is written only if you confirm: such a "
+     "pair touches at the centre, not at the edge, and needs a spacer.</p>"},
 };
 
 }  // namespace

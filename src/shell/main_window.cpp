@@ -30,6 +30,7 @@
 #include "shell/wave_windows.h"
 #include "shell/report_windows.h"
 #include "shell/diffraction_windows.h"
+#include "shell/drawing_windows.h"
 #include "shell/widgets_util.h"
 
 namespace ovrin::shell {
@@ -115,6 +116,9 @@ void MainWindow::BuildWindows() {
     windows_[PickerWindowName(c)] = modal([this, c] { return new GlassPicker(*this, c, 1); });
   windows_["FrmDirect"] = modal([this] { return new DirectIndexDialog(*this, 1); });
   windows_["frmSurface"] = modal([this] { return new SurfaceDialog(*this, 1, true); });
+  windows_["Frmlayout3D"] = child([this] { return new Layout3DWindow(*this); });
+  windows_["FrmVolume"] = child([this] { return new ElementWindow(*this); });
+  windows_["FrmSolve"] = modal([this] { return new SolveContactDialog(*this); });
 }
 
 MainWindow::~MainWindow() {
