@@ -35,8 +35,9 @@ ElementFace FaceOf(const DesignState& d, int i, double direction) {
   ElementFace f;
   f.surface = i;
   f.radius = std::fabs(d.Radius[i]) >= 1e10 ? 0.0 : d.Radius[i];
-  f.type = static_cast<int>(d.SurfType[i]);
-  if (f.type < 1 || f.type > 4) f.type = kSphere;
+  // Compared as stored: a damaged file's value need not fit an int.
+  const float type = d.SurfType[i];
+  f.type = type == 2.0f ? kConic : type == 3.0f ? kHighOrder : type == 4.0f ? kObsScreen : kSphere;
   if (f.type == kConic || f.type == kHighOrder) f.conic = d.Conic[i];
   if (f.type == kHighOrder) f.a4 = d.AsphA4[i], f.a6 = d.AsphA6[i], f.a8 = d.AsphA8[i];
   f.semiDiam = Reach(d, i, std::fabs(d.SemiDiam[i]));

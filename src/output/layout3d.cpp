@@ -214,7 +214,7 @@ Layout3D ComputeLayout3D(const DesignState& d, const Layout3DSettings& s) {
 
   // Rays of wavelength 1 at three fields: on axis, 0.7 and the full field.
   const int count = std::clamp(s.rays, 0, 31);
-  std::vector<Vec3> all;
+  std::vector<Vec3> all;  // where rays reach the image plane
   if (count > 0) {
     Tracer t(d);
     SurfaceLoopPolicy policy;
@@ -254,6 +254,7 @@ Layout3D ComputeLayout3D(const DesignState& d, const Layout3DSettings& s) {
           if (!rec.ended) {
             t.TraceToImage(d.Bfl);
             ray.points.push_back(L.frames[n + 1].ToGlobal(t.RayX, t.RayY, t.RayZ));
+            all.push_back(ray.points.back());
           }
         } catch (const TraceError&) {
           // A failed ray ends where it got to.
@@ -262,9 +263,8 @@ Layout3D ComputeLayout3D(const DesignState& d, const Layout3DSettings& s) {
       }
     }
   }
-  // The image plane: a square as large as the image, at least a little mark.
+  // The image plane: a square as large as the image the rays that reach it make.
   double image = std::fabs(d.ImageHeight);
-  for (const auto& r : L.rays) all.push_back(r.points.back());
   for (const Vec3& p : all) {
     const Vec3 q = Sub(p, L.frames[n + 1].origin);
     image = std::max(image, std::hypot(q.x, q.y) * 1.1);
