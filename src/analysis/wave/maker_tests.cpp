@@ -16,32 +16,23 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// A value read from a pupil grid at a point between its samples: bilinear
-// where the four neighbours are lit, else the nearest lit one; false when
-// none of them is.
+// A value read from a pupil grid at a point between its samples: bilinear,
+// over the lit ones of the four neighbours; false when none of them is lit.
 bool SampleBetween(const std::vector<double>& w, const std::vector<char>& lit, int rows, int cols, double fr,
                    double fc, double* out) {
   const int r0 = static_cast<int>(std::floor(fr)), c0 = static_cast<int>(std::floor(fc));
   const double tr = fr - r0, tc = fc - c0;
   double sum = 0, weight = 0;
-  bool all = true;
-  double best = 2;
   for (int dr = 0; dr <= 1; ++dr)
     for (int dc = 0; dc <= 1; ++dc) {
       const int r = r0 + dr, c = c0 + dc;
-      if (r < 0 || c < 0 || r >= rows || c >= cols || !lit[static_cast<size_t>(r) * cols + c]) {
-        all = false;
-        continue;
-      }
-      const double v = w[static_cast<size_t>(r) * cols + c];
+      if (r < 0 || c < 0 || r >= rows || c >= cols || !lit[static_cast<size_t>(r) * cols + c]) continue;
       const double k = (dr ? tr : 1 - tr) * (dc ? tc : 1 - tc);
-      sum += k * v;
+      sum += k * w[static_cast<size_t>(r) * cols + c];
       weight += k;
-      const double dist = std::hypot(dr - tr, dc - tc);
-      if (dist < best) best = dist, *out = v;
     }
-  if (weight == 0 && best > 1) return false;
-  if (all) *out = sum;
+  if (!(weight > 1e-9)) return false;
+  *out = sum / weight;
   return true;
 }
 
@@ -58,6 +49,40 @@ void PaintGrey(Canvas& c, int size, const std::vector<double>& level, Rgb off) {
     }
   }
   c.Image(0, 0, size, size, size, size, px);
+}
+
+// The samples of the pupil that light reaches. The engine's W is exactly 0
+// both where no ray arrives and where a perfect wave front has no error at
+// all; a ray traced through the apertures tells the two apart.
+std::vector<char> LitSamples(const DesignState& d, const OpdRun& run, const PupilSamples& p) {
+  const WaveGrid& g = p.grid;
+  std::vector<char> lit(static_cast<size_t>(g.rows) * g.cols, 0);
+  Tracer t(d);
+  if (run.field) {
+    const FieldDirection f = FieldDirectionOf(run.fieldAngleY, run.fieldAngleX);
+    t.FieldCosZ = f.cosZ, t.FieldCosY = f.cosY, t.FieldCosX = f.cosX;
+  }
+  t.ObjHeight = run.objHeight;
+  SurfaceLoopPolicy policy;
+  policy.wavelength = run.wavelength;
+  policy.testAperture = true;
+  policy.apertureMargin = 0.1;
+  policy.stoppedRayEnds = true;
+  for (int i = 0; i < g.rows; ++i)
+    for (int j = 0; j < g.cols; ++j) {
+      const double x = g.X(j), y = g.Y(i);
+      if (x * x + y * y > p.a * p.a) continue;
+      char& at = lit[static_cast<size_t>(i) * g.cols + j];
+      if (p.At(i, j) != 0) {
+        at = 1;
+        continue;
+      }
+      t.RayX = x, t.RayY = y, t.RayZ = 0;
+      t.StartRay();
+      t.TraceSurfaces(policy);
+      at = t.RayVignetted ? 0 : 1;
+    }
+  return lit;
 }
 
 std::string Fixed(double v, int decimals) { return FormatFixed(v, decimals); }
@@ -83,11 +108,12 @@ InterferogramResult ComputeInterferogram(const DesignState& d, const Interferogr
     const size_t n = static_cast<size_t>(g.rows) * g.cols;
     r.W.assign(n, 0);
     r.lit.assign(n, 0);
+    const std::vector<char> lit = LitSamples(d, run, p);
     double lo = 1e300, hi = -1e300, own_lo = 1e300, own_hi = -1e300, sum = 0, sum2 = 0;
     int count = 0;
     for (int i = 0; i < g.rows; ++i)
       for (int j = 0; j < g.cols; ++j) {
-        if (!SampleLit(p, i, j)) continue;
+        if (!lit[static_cast<size_t>(i) * g.cols + j]) continue;
         const size_t at = static_cast<size_t>(i) * g.cols + j;
         const double x = g.X(j) / p.a, y = g.rowY[i] / p.a;
         const double own = p.W[at] * scale;
@@ -494,10 +520,11 @@ StarTestResult ComputeStarTest(const DesignState& d, const StarTestSettings& s, 
     r.N = N;
     r.F = PsfTransformSize(N);
     r.defocus = s.defocus;
+    const std::vector<char> lit = LitSamples(d, run, p);
     std::vector<double> own;
     for (int i = 0; i < p.grid.rows; ++i)
       for (int j = 0; j < p.grid.cols; ++j)
-        if (SampleLit(p, i, j)) own.push_back(p.At(i, j));
+        if (lit[static_cast<size_t>(i) * p.grid.cols + j]) own.push_back(p.At(i, j));
     if (own.empty()) throw TraceError(d.SurfCount + 1);
     double mean = 0, sq = 0;
     for (double v : own) mean += v, sq += v * v;
@@ -510,7 +537,7 @@ StarTestResult ComputeStarTest(const DesignState& d, const StarTestSettings& s, 
       PupilSamples q = p;
       for (int i = 0; i < q.grid.rows; ++i)
         for (int j = 0; j < q.grid.cols; ++j) {
-          if (!SampleLit(p, i, j)) continue;
+          if (!lit[static_cast<size_t>(i) * q.grid.cols + j]) continue;
           const double x = q.grid.X(j) / q.a, y = q.grid.rowY[i] / q.a;
           double& w = q.W[static_cast<size_t>(i) * q.grid.cols + j];
           w += sign * s.defocus * (x * x + y * y);
