@@ -493,7 +493,7 @@ void DrawFoucault(const FoucaultResult& r, Canvas& c) {
   c.Clear({0, 0, 0});
   if (!r.ok) return;
   c.Window(0, 0, r.size, r.size);
-  PaintGrey(c, r.size, r.intensity, {0, 0, 0});
+  PaintGrey(c, r.size, r.intensity, {40, 40, 60});
 }
 
 // ---------------------------------------------------------------------------
@@ -573,7 +573,9 @@ void DrawStarTest(const StarTestResult& r, Canvas& c) {
   if (!r.ok) return;
   const int side = 2 * r.half + 1;
   const double gap = side * 0.08;
-  c.Window(0, 0, 2 * side + gap, side + side * 0.12);
+  const double width = 2 * side + gap, height = side * 1.12;
+  c.Window(0, 0, width, height);
+  c.Polygon({{0, 0}, {width, 0}, {width, height}, {0, height}}, {0, 0, 0});
   auto paint = [&](const std::vector<double>& P, double left) {
     std::vector<Rgb> px(static_cast<size_t>(side) * side);
     const int o = r.F / 2 - r.half;
