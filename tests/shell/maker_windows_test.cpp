@@ -114,6 +114,7 @@ class MakerWindowsTest : public QObject {
     auto* mirror = w->findChild<QComboBox*>("ComboMirror");
     QCOMPARE(mirror->count(), 1);
     QCOMPARE(mirror->currentText(), QString("Surface 2"));
+    QCOMPARE(w->findChild<QAbstractButton*>("Option1")->text(), QString("0.5461"));
     Click(w, "Update");
     QVERIFY(w->result().ok);
     QCOMPARE(w->result().bands, ComputeRonchigram(s->design, w->Settings()).bands);
