@@ -42,6 +42,7 @@ int main(int argc, char** argv) {
       DiffractionCommands(),
       GeometricFamilyCommands(),
       DrawingCommands(),
+      MakerCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {

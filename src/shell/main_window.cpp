@@ -32,6 +32,7 @@
 #include "shell/diffraction_windows.h"
 #include "shell/drawing_windows.h"
 #include "shell/widgets_util.h"
+#include "shell/maker_windows.h"
 
 namespace ovrin::shell {
 
@@ -103,6 +104,10 @@ void MainWindow::BuildWindows() {
   windows_["FrmZernike"] = child([this] { return new ZernikeWindow(*this); });
   for (const auto& [name, kind] : FamilyWindows())
     windows_[Q(name)] = child([this, kind = kind] { return new FamilyWindow(*this, kind); });
+  windows_["FrmInterferogram"] = child([this] { return new InterferogramWindow(*this); });
+  windows_["FrmRonchi"] = child([this] { return new RonchiWindow(*this); });
+  windows_["FrmFoucault"] = child([this] { return new FoucaultWindow(*this); });
+  windows_["FrmStarTest"] = child([this] { return new StarTestWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -289,6 +294,7 @@ void MainWindow::BuildMenus() {
   add_all(anl, {{"MnuAnlInterferogram", "Interferogram", "FrmInterferogram"},
                 {"MnuAnlRonchiGram", "RonchiGram", "FrmRonchi"},
                 {"MnuZernike", "Zernike Analysis", "FrmZernike"}});
+  add_all(anl, {{"MnuAnlFoucault", "Foucault Test", "FrmFoucault"}, {"MnuAnlStarTest", "Star Test", "FrmStarTest"}});
   QMenu* eep = anl->addMenu("Energy Plot ");
   eep->setObjectName("MnuAnlEEP");
   add_all(eep, {{"MnuAnlEEPGeo", "Geometrical  ", "Frmeep"}, {"MnuAnlEEPDiff", "Diffraction   ", "FrmEEPDiff"}});
