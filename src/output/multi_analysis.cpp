@@ -46,12 +46,12 @@ std::string Failure(const std::exception& e) {
   return what.empty() ? std::string("failed") : what;
 }
 
-// A round zoom of the spot pictures that keeps the larger spot and the Airy
-// disc inside the box (about 100 of its units from the centre).
+// A round zoom of the spot pictures that keeps the larger spot inside the box
+// (about 100 of its units from the centre) and the Airy circle in its corner.
 std::string SpotZoom(const std::array<SpotResult, 2>& spots) {
   double extent = 0;
   for (const SpotResult& r : spots) {
-    extent = std::max(extent, r.AiryRadius);
+    extent = std::max(extent, 2 * r.AiryRadius);
     for (const SpotResult::Plotted& p : r.plotted)
       if (!p.stopped) extent = std::max({extent, std::fabs(p.dx), std::fabs(p.dy)});
   }
@@ -205,9 +205,9 @@ void DrawMultiAnalysis(const MultiResult& r, const MultiSettings& s, Canvas& c) 
     framed(spots[f]);
   }
   // Ray fans: on axis, and both fans of the full field.
-  const Box fans[3] = {{0, 655, 333, 805, "Ray fan on axis (tang.)"},
-                       {333, 655, 667, 805, "Ray fan full field (tang.)"},
-                       {667, 655, 1000, 805, "Ray fan full field (sag.)"}};
+  const Box fans[3] = {{0, 655, 333, 805, "Fan, axis"},
+                       {333, 655, 667, 805, "Fan, field, tang."},
+                       {667, 655, 1000, 805, "Fan, field, sag."}};
   const int fan_field[3] = {0, 2, 2};
   const bool fan_tang[3] = {true, true, false};
   for (int k = 0; k < 3; ++k) {
@@ -234,7 +234,8 @@ void DrawMultiAnalysis(const MultiResult& r, const MultiSettings& s, Canvas& c) 
   framed(numbers);
   double y = numbers.t + 30;
   for (size_t k = 2; k < r.text.size(); ++k, y += 26) c.Text(20, y, r.text[k], ink);
-  (void)s;
+  c.Text(20, numbers.b - 30, "Spots of the wavelengths in use; wave front and MTF of wavelength " +
+         std::to_string(s.wavelength), ink);
 }
 
 }  // namespace ovrin

@@ -8,6 +8,7 @@
 #include "../core/test_designs.h"
 #include "analysis/wave/colour_image.h"
 #include "analysis/wave/diffraction_energy.h"
+#include "core/design_file.h"
 
 namespace ovrin {
 namespace {
@@ -83,6 +84,55 @@ TEST(DiffractionEnergy, PerfectPupilHolds838PercentAtTheFirstDarkRing) {
     EXPECT_LT(r.radius50Mm, r.darkRingMm);
     EXPECT_GT(r.radius90Mm, r.darkRingMm);
   }
+}
+
+TEST(DiffractionEnergy, RaysThatMeetTheReferenceSphereExactlyStillCarryLight) {
+  // At the exact focus of a paraboloid many samples have W exactly 0; they
+  // are light, not holes in the pupil.
+  TestDesign t = Paraboloid();
+  EnergySettings s;
+  s.actualBfl = t.d.Bfl;
+  const EnergyResult r = ComputeDiffractionEnergy(t.d, s);
+  ASSERT_TRUE(r.ok);
+  EXPECT_NEAR(r.atDarkRing, 0.838, 0.00838);
+  EXPECT_GT(r.Strehl, 0.999f);
+}
+
+// The energy of a perfect annular aperture (obstruction e of the diameter)
+// within v: [1 - J0(v)^2 - J1(v)^2 + e^2 (1 - J0(ev)^2 - J1(ev)^2)
+// - 4 e Int_0^v J1(t) J1(et) / t dt] / (1 - e^2).
+double AnnulusEnergy(double v, double e) {
+  auto j = [](int n, double x) { return std::cyl_bessel_j(static_cast<double>(n), x); };
+  const int steps = 2000;  // Simpson's rule; the integrand tends to e t / 4 at 0
+  const double h = v / steps;
+  double sum = 0;
+  for (int k = 0; k <= steps; ++k) {
+    const double t = k * h;
+    const double f = t == 0 ? 0 : j(1, t) * j(1, e * t) / t;
+    sum += f * (k == 0 || k == steps ? 1 : (k % 2 ? 4 : 2));
+  }
+  const double integral = sum * h / 3;
+  return (1 - j(0, v) * j(0, v) - j(1, v) * j(1, v) +
+          e * e * (1 - j(0, e * v) * j(0, e * v) - j(1, e * v) * j(1, e * v)) - 4 * e * integral) /
+         (1 - e * e);
+}
+
+TEST(DiffractionEnergy, ObstructedNewtonianAgainstTheAnnulusClosedForm) {
+  // The example Newtonian: a paraboloid of 200 mm behind a screen of 50 mm.
+  DesignState d;
+  DesignSheet sheet;
+  StoredIndicesResolver media;
+  ASSERT_TRUE(ReadDesignFile(testing::ExamplePath("newtonian_200_f5.ovn"), DesignFormat::Current, d, sheet, media).ok);
+  EXPECT_NEAR(AnnulusEnergy(3.831706, 0), 0.838, 0.001);
+  EnergySettings s;
+  s.grid = 128;
+  s.actualBfl = d.Bfl;
+  s.points = 12;
+  const EnergyResult r = ComputeDiffractionEnergy(d, s);
+  ASSERT_TRUE(r.ok);
+  const double v_per_mm = 3.141592653589793 / (r.waveLenMm * r.focalRatio);
+  for (size_t k = 1; k < r.radiusMm.size(); ++k)
+    EXPECT_NEAR(r.energy[k], AnnulusEnergy(v_per_mm * r.radiusMm[k], 0.25), 0.01) << k;
 }
 
 TEST(DiffractionEnergy, DefocusSpreadsTheLight) {

@@ -89,9 +89,11 @@ ColourImageResult ComputeColourImage(const DesignState& d, const ColourImageSett
         progress(static_cast<int>((100 * w + percent) / count));
       };
     }
-    const PsfResult psf = ComputePsf(d, p, part);
-    if (!psf.ok) {
-      out.error = psf.error;
+    PsfResult psf;
+    try {
+      psf = PsfOfEveryRay(d, p, part);
+    } catch (const TraceError& e) {
+      out.error = e;
       return out;
     }
     ColourImageResult::Layer layer;

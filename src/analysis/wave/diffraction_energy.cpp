@@ -81,6 +81,30 @@ std::vector<double> EncircledFromArray(const std::vector<double>& P, int F, cons
   return out;
 }
 
+PsfResult PsfOfEveryRay(const DesignState& d, const PsfSettings& s, const Progress& progress) {
+  if (s.wavelength < 1 || s.wavelength > 6) throw TraceError(0, TraceFault::NonFinite);
+  const int div = std::clamp(s.grid, 32, 256) / 2;
+  const OpdRun run = WaveRunOf(d, s.wavelength, s.actualBfl, s.focalRadius, s.fullField, s.angleYDeg, s.angleXDeg);
+  PupilSamples p = TracePupil(d, run, div, std::nullopt, progress);
+  bool exact = false;
+  for (int i = 0; i < p.grid.rows && !exact; ++i)
+    for (int j = 0; j < p.grid.cols && !exact; ++j) {
+      const double x = p.grid.X(j), y = p.grid.Y(i);
+      exact = x * x + y * y <= p.a * p.a && p.At(i, j) == 0;
+    }
+  if (exact) {
+    OpdRun nudged = run;
+    nudged.actualBfl += 1e-6;
+    const PupilSamples q = TracePupil(d, nudged, div);
+    for (size_t k = 0; k < p.W.size() && k < q.W.size(); ++k)
+      if (p.W[k] == 0 && q.W[k] != 0) p.W[k] = 1e-12;
+  }
+  const float strehl = static_cast<float>(ComputeWaveStats(p.W).Strehl);
+  PsfResult r = PsfOfPupil(p, PsfTransformSize(2 * div));
+  r.Strehl = strehl;
+  return r;
+}
+
 EnergyResult ComputeDiffractionEnergy(const DesignState& d, const EnergySettings& s, const Progress& progress) {
   EnergyResult r;
   PsfSettings p;
@@ -91,9 +115,11 @@ EnergyResult ComputeDiffractionEnergy(const DesignState& d, const EnergySettings
   p.fullField = s.fullField;
   p.angleYDeg = s.angleYDeg;
   p.angleXDeg = s.angleXDeg;
-  const PsfResult psf = ComputePsf(d, p, progress);
-  if (!psf.ok) {
-    r.error = psf.error;
+  PsfResult psf;
+  try {
+    psf = PsfOfEveryRay(d, p, progress);
+  } catch (const TraceError& e) {
+    r.error = e;
     return r;
   }
   r.F = psf.F;

@@ -29,6 +29,14 @@ double PsfSampleSpacing(double wave_len_mm, double focal_ratio, int N, int F);
 // good as a large one.
 std::vector<double> EncircledFromArray(const std::vector<double>& P, int F, const std::vector<double>& radii);
 
+// The point spread function of the settings, where a ray that meets the
+// reference sphere exactly (W exactly 0, which the pupil grid otherwise takes
+// for a ray that never arrived) still carries its light: such samples are
+// told apart by a second trace a millionth of a millimetre further on, where
+// a real ray's W is no longer exactly 0. The Strehl ratio counts them too.
+// Throws TraceError.
+PsfResult PsfOfEveryRay(const DesignState& d, const PsfSettings& s, const Progress& progress = {});
+
 struct EnergySettings {
   int wavelength = 1;
   int grid = 64;               // pupil samples across: 32, 64, 128
