@@ -58,7 +58,7 @@ Runner DiffractionEnergy(CLI::App& c) {
     const auto s = LoadDesign(o->in);
     const DesignState& d = s->design;
     CheckWavelength(d, o->wl);
-    EnergySettings set;
+    DiffEnergySettings set;
     set.wavelength = o->wl;
     set.grid = *grid;
     set.actualBfl = ActualBfl(*s, *o);
@@ -68,7 +68,7 @@ Runner DiffractionEnergy(CLI::App& c) {
     set.angleXDeg = ParseLeadingNumber(s->sheet.TxtangoloX);
     set.rangeRings = *rings;
     set.points = *points;
-    const EnergyResult r = ComputeDiffractionEnergy(d, set);
+    const DiffEnergyResult r = ComputeDiffractionEnergy(d, set);
     if (!r.ok) Failed(r.error);
     std::vector<double> radius;
     for (double mm : r.radiusMm) radius.push_back(mm * 1000);

@@ -162,13 +162,17 @@ MultiResult ComputeMultiAnalysis(const DesignState& d, const MultiSettings& s) {
       r.text.push_back(std::string("Wave front ") + field_name[f] + ": " + r.wavePart[f].error);
     }
   }
-  if (d.Wavelength[s.wavelength - 1] > 0)
+  std::string spot_waves;
+  for (int k = 1; k <= 6; ++k)
+    if (s.checked[k - 1] && d.Wavelength[k - 1] > 0) spot_waves += " " + FormatFixed(d.Wavelength[k - 1], 4);
+  r.text.push_back("Spot wavelengths (micron):" + spot_waves);
+  if (s.wavelength >= 1 && s.wavelength <= 6 && d.Wavelength[s.wavelength - 1] > 0)
     r.text.push_back("Wave front and MTF at " + FormatFixed(d.Wavelength[s.wavelength - 1], 4) + " micron; MTF cut-off " +
                      FormatFixed(r.mtf.cutoff, 1) + " cycles/mm");
   return r;
 }
 
-void DrawMultiAnalysis(const MultiResult& r, const MultiSettings& s, Canvas& c) {
+void DrawMultiAnalysis(const MultiResult& r, const MultiSettings&, Canvas& c) {
   const Rgb white{255, 255, 255}, ink{0, 0, 0}, frame{128, 128, 128};
   c.Window(0, 0, kSheetWidth, kSheetHeight);
   c.Clear(white);
@@ -234,8 +238,6 @@ void DrawMultiAnalysis(const MultiResult& r, const MultiSettings& s, Canvas& c) 
   framed(numbers);
   double y = numbers.t + 30;
   for (size_t k = 2; k < r.text.size(); ++k, y += 26) c.Text(20, y, r.text[k], ink);
-  c.Text(20, numbers.b - 30, "Spots of the wavelengths in use; wave front and MTF of wavelength " +
-         std::to_string(s.wavelength), ink);
 }
 
 }  // namespace ovrin

@@ -70,10 +70,10 @@ TEST(EncircledFromArray, EmptyOrShortArraysGiveNothing) {
 TEST(DiffractionEnergy, PerfectPupilHolds838PercentAtTheFirstDarkRing) {
   TestDesign t = Paraboloid();
   for (int grid : {32, 64, 128}) {
-    EnergySettings s;
+    DiffEnergySettings s;
     s.grid = grid;
     s.actualBfl = t.d.Bfl + 0.002;  // a hundredth of a wave: no sample is exactly 0
-    const EnergyResult r = ComputeDiffractionEnergy(t.d, s);
+    const DiffEnergyResult r = ComputeDiffractionEnergy(t.d, s);
     ASSERT_TRUE(r.ok) << grid;
     EXPECT_NEAR(r.darkRingMm, 1.21967 * 0.0005461 * 8, 1e-7);
     EXPECT_NEAR(r.atDarkRing, 0.838, 0.00838) << grid;
@@ -90,9 +90,9 @@ TEST(DiffractionEnergy, RaysThatMeetTheReferenceSphereExactlyStillCarryLight) {
   // At the exact focus of a paraboloid many samples have W exactly 0; they
   // are light, not holes in the pupil.
   TestDesign t = Paraboloid();
-  EnergySettings s;
+  DiffEnergySettings s;
   s.actualBfl = t.d.Bfl;
-  const EnergyResult r = ComputeDiffractionEnergy(t.d, s);
+  const DiffEnergyResult r = ComputeDiffractionEnergy(t.d, s);
   ASSERT_TRUE(r.ok);
   EXPECT_NEAR(r.atDarkRing, 0.838, 0.00838);
   EXPECT_GT(r.Strehl, 0.999f);
@@ -124,11 +124,11 @@ TEST(DiffractionEnergy, ObstructedNewtonianAgainstTheAnnulusClosedForm) {
   StoredIndicesResolver media;
   ASSERT_TRUE(ReadDesignFile(testing::ExamplePath("newtonian_200_f5.ovn"), DesignFormat::Current, d, sheet, media).ok);
   EXPECT_NEAR(AnnulusEnergy(3.831706, 0), 0.838, 0.001);
-  EnergySettings s;
+  DiffEnergySettings s;
   s.grid = 128;
   s.actualBfl = d.Bfl;
   s.points = 12;
-  const EnergyResult r = ComputeDiffractionEnergy(d, s);
+  const DiffEnergyResult r = ComputeDiffractionEnergy(d, s);
   ASSERT_TRUE(r.ok);
   const double v_per_mm = 3.141592653589793 / (r.waveLenMm * r.focalRatio);
   for (size_t k = 1; k < r.radiusMm.size(); ++k)
@@ -138,9 +138,9 @@ TEST(DiffractionEnergy, ObstructedNewtonianAgainstTheAnnulusClosedForm) {
 TEST(DiffractionEnergy, DefocusSpreadsTheLight) {
   TestDesign t = Paraboloid();
   // Half a wave of defocus at f/8: dz = 8 lambda N^2 x 0.5.
-  EnergySettings s;
+  DiffEnergySettings s;
   s.actualBfl = t.d.Bfl + 4 * 0.0005461 * 64;
-  const EnergyResult r = ComputeDiffractionEnergy(t.d, s);
+  const DiffEnergyResult r = ComputeDiffractionEnergy(t.d, s);
   ASSERT_TRUE(r.ok);
   EXPECT_LT(r.atDarkRing, 0.6);
   EXPECT_LT(r.Strehl, 0.5f);
@@ -149,10 +149,10 @@ TEST(DiffractionEnergy, DefocusSpreadsTheLight) {
 
 TEST(DiffractionEnergy, AFailedRayIsReported) {
   TestDesign t = Paraboloid();
-  EnergySettings s;
+  DiffEnergySettings s;
   s.wavelength = 3;  // not in use
   s.actualBfl = t.d.Bfl;
-  const EnergyResult r = ComputeDiffractionEnergy(t.d, s);
+  const DiffEnergyResult r = ComputeDiffractionEnergy(t.d, s);
   EXPECT_FALSE(r.ok);
 }
 

@@ -120,12 +120,18 @@ GhostResult ComputeGhosts(const DesignState& d, const GhostSettings& s) {
   out.text.push_back("Ghosts of two reflections, wavelength " + Fixed(d.Wavelength[k - 1], 4) + " micron");
   out.text.push_back(std::to_string(out.refracting) + " refracting surfaces, " + std::to_string(out.ghosts.size()) +
                      " ghosts; Airy disc " + Fixed(out.airyDiam * 1000, 2) + " micron");
-  out.text.push_back("SURFACES\tREFL. 1\tREFL. 2\tENERGY\tFOCUS FROM IMAGE\tBLUR DIAM.\tBRIGHTNESS");
-  for (const Ghost& g : out.ghosts)
-    out.text.push_back(std::to_string(g.second) + "-" + std::to_string(g.first) + "\t" + Fixed(g.reflFirst, 4) +
-                       "\t" + Fixed(g.reflSecond, 4) + "\t" + Sci(g.energy) + "\t" +
-                       (g.afocal ? std::string("afocal") : Fixed(g.focusShift, 3)) + "\t" + Fixed(g.blurDiam, 4) +
-                       "\t" + Sci(g.brightness));
+  char line[160];
+  std::snprintf(line, sizeof line, "%-9s%-9s%-9s%-11s%-14s%-13s%s", "SURF.", "REFL.1", "REFL.2", "ENERGY",
+                "FOCUS (mm)", "BLUR (mm)", "BRIGHTNESS");
+  out.text.push_back(line);
+  for (const Ghost& g : out.ghosts) {
+    const std::string pair = std::to_string(g.second) + "-" + std::to_string(g.first);
+    const std::string focus = g.afocal ? std::string("afocal") : Fixed(g.focusShift, 3);
+    std::snprintf(line, sizeof line, "%-9s%-9s%-9s%-11s%-14s%-13s%s", pair.c_str(), Fixed(g.reflFirst, 4).c_str(),
+                  Fixed(g.reflSecond, 4).c_str(), Sci(g.energy).c_str(), focus.c_str(), Fixed(g.blurDiam, 4).c_str(),
+                  Sci(g.brightness).c_str());
+    out.text.push_back(line);
+  }
   out.ok = true;
   return out;
 }

@@ -105,8 +105,8 @@ PsfResult PsfOfEveryRay(const DesignState& d, const PsfSettings& s, const Progre
   return r;
 }
 
-EnergyResult ComputeDiffractionEnergy(const DesignState& d, const EnergySettings& s, const Progress& progress) {
-  EnergyResult r;
+DiffEnergyResult ComputeDiffractionEnergy(const DesignState& d, const DiffEnergySettings& s, const Progress& progress) {
+  DiffEnergyResult r;
   PsfSettings p;
   p.wavelength = s.wavelength;
   p.grid = std::clamp(s.grid, 32, 128);
@@ -167,7 +167,7 @@ EnergyResult ComputeDiffractionEnergy(const DesignState& d, const EnergySettings
   return r;
 }
 
-void DrawDiffractionEnergy(const EnergyResult& r, Canvas& c, int background) {
+void DrawDiffractionEnergy(const DiffEnergyResult& r, Canvas& c, int background) {
   c.Clear(PlotBackground(background));
   if (!r.ok || r.radiusMm.empty()) return;
   AxesStyle style;

@@ -37,7 +37,7 @@ std::vector<double> EncircledFromArray(const std::vector<double>& P, int F, cons
 // Throws TraceError.
 PsfResult PsfOfEveryRay(const DesignState& d, const PsfSettings& s, const Progress& progress = {});
 
-struct EnergySettings {
+struct DiffEnergySettings {
   int wavelength = 1;
   int grid = 64;               // pupil samples across: 32, 64, 128
   double actualBfl = 0;
@@ -48,7 +48,7 @@ struct EnergySettings {
   int points = 80;             // radii of the curve
 };
 
-struct EnergyResult {
+struct DiffEnergyResult {
   bool ok = false;
   std::optional<TraceError> error;
   int F = 0, N = 0;
@@ -64,8 +64,8 @@ struct EnergyResult {
   std::vector<std::string> text;
 };
 
-EnergyResult ComputeDiffractionEnergy(const DesignState& d, const EnergySettings& s, const Progress& progress = {});
+DiffEnergyResult ComputeDiffractionEnergy(const DesignState& d, const DiffEnergySettings& s, const Progress& progress = {});
 // The two curves against radius in microns: the design in red, the perfect aperture in black.
-void DrawDiffractionEnergy(const EnergyResult& r, Canvas& c, int background = 0);
+void DrawDiffractionEnergy(const DiffEnergyResult& r, Canvas& c, int background = 0);
 
 }  // namespace ovrin
