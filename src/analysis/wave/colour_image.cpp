@@ -19,8 +19,9 @@ std::string Fixed(double v, int decimals) {
 
 // Bilinear intensity of a centred F x F array at (row, col) in samples; 0 outside.
 double Sample(const PsfResult& p, double row, double col) {
-  const int i = static_cast<int>(std::floor(row)), j = static_cast<int>(std::floor(col));
-  if (i < 0 || j < 0 || i + 1 >= p.F || j + 1 >= p.F) return 0;
+  // Outside the array (tested before the conversion, which a wide picture would overflow).
+  if (!(row >= 0 && col >= 0 && row < p.F - 1 && col < p.F - 1)) return 0;
+  const int i = static_cast<int>(row), j = static_cast<int>(col);
   const double fr = row - i, fc = col - j;
   return (1 - fr) * ((1 - fc) * p.At(i, j) + fc * p.At(i, j + 1)) +
          fr * ((1 - fc) * p.At(i + 1, j) + fc * p.At(i + 1, j + 1));
