@@ -4,17 +4,12 @@
 #include <cmath>
 #include <cstdio>
 
+#include "core/number_text.h"
 #include "output/plot_axes.h"
 
 namespace ovrin {
 
 namespace {
-
-std::string Fixed(double v, int decimals) {
-  char buf[64];
-  std::snprintf(buf, sizeof buf, "%.*f", decimals, v);
-  return buf;
-}
 
 std::string Sci(double v) {
   char buf[64];
@@ -117,18 +112,18 @@ GhostResult ComputeGhosts(const DesignState& d, const GhostSettings& s) {
     }
   std::stable_sort(out.ghosts.begin(), out.ghosts.end(),
                    [](const Ghost& x, const Ghost& y) { return x.brightness > y.brightness; });
-  out.text.push_back("Ghosts of two reflections, wavelength " + Fixed(d.Wavelength[k - 1], 4) + " micron");
+  out.text.push_back("Ghosts of two reflections, wavelength " + FormatFixed(d.Wavelength[k - 1], 4) + " micron");
   out.text.push_back(std::to_string(out.refracting) + " refracting surfaces, " + std::to_string(out.ghosts.size()) +
-                     " ghosts; Airy disc " + Fixed(out.airyDiam * 1000, 2) + " micron");
+                     " ghosts; Airy disc " + FormatFixed(out.airyDiam * 1000, 2) + " micron");
   char line[160];
   std::snprintf(line, sizeof line, "%-9s%-9s%-9s%-11s%-14s%-13s%s", "SURF.", "REFL.1", "REFL.2", "ENERGY",
                 "FOCUS (mm)", "BLUR (mm)", "BRIGHTNESS");
   out.text.push_back(line);
   for (const Ghost& g : out.ghosts) {
     const std::string pair = std::to_string(g.second) + "-" + std::to_string(g.first);
-    const std::string focus = g.afocal ? std::string("afocal") : Fixed(g.focusShift, 3);
-    std::snprintf(line, sizeof line, "%-9s%-9s%-9s%-11s%-14s%-13s%s", pair.c_str(), Fixed(g.reflFirst, 4).c_str(),
-                  Fixed(g.reflSecond, 4).c_str(), Sci(g.energy).c_str(), focus.c_str(), Fixed(g.blurDiam, 4).c_str(),
+    const std::string focus = g.afocal ? std::string("afocal") : FormatFixed(g.focusShift, 3);
+    std::snprintf(line, sizeof line, "%-9s%-9s%-9s%-11s%-14s%-13s%s", pair.c_str(), FormatFixed(g.reflFirst, 4).c_str(),
+                  FormatFixed(g.reflSecond, 4).c_str(), Sci(g.energy).c_str(), focus.c_str(), FormatFixed(g.blurDiam, 4).c_str(),
                   Sci(g.brightness).c_str());
     out.text.push_back(line);
   }

@@ -2,20 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 #include "analysis/wave/diffraction_energy.h"
 #include "analysis/wave/opd_engine.h"
+#include "core/number_text.h"
 
 namespace ovrin {
 
 namespace {
-
-std::string Fixed(double v, int decimals) {
-  char buf[64];
-  std::snprintf(buf, sizeof buf, "%.*f", decimals, v);
-  return buf;
-}
 
 // Bilinear intensity of a centred F x F array at (row, col) in samples; 0 outside.
 double Sample(const PsfResult& p, double row, double col) {
@@ -132,11 +126,11 @@ ColourImageResult ComputeColourImage(const DesignState& d, const ColourImageSett
     };
     for (size_t i = 0; i < R.size(); ++i) out.image[i] = {level(R[i]), level(G[i]), level(B[i])};
   }
-  out.text.push_back("Picture " + Fixed(out.widthMm * 1000, 1) + " micron across, " + std::to_string(n) + " x " +
+  out.text.push_back("Picture " + FormatFixed(out.widthMm * 1000, 1) + " micron across, " + std::to_string(n) + " x " +
                      std::to_string(n) + " pixels");
   out.text.push_back("WAVELENGTH\tWEIGHT\tSTREHL\tCOLOUR");
   for (const auto& l : out.layers)
-    out.text.push_back(Fixed(l.microns, 4) + "\t" + Fixed(l.weight, 2) + "\t" + Fixed(l.Strehl, 3) + "\t" +
+    out.text.push_back(FormatFixed(l.microns, 4) + "\t" + FormatFixed(l.weight, 2) + "\t" + FormatFixed(l.Strehl, 3) + "\t" +
                        std::to_string(l.colour.r) + "," + std::to_string(l.colour.g) + "," +
                        std::to_string(l.colour.b));
   out.ok = true;
@@ -156,7 +150,7 @@ void DrawColourImage(const ColourImageResult& r, Canvas& c) {
   const double len = bar / width_um;
   const Rgb white{255, 255, 255};
   c.Line(0.05, 1.04, 0.05 + len, 1.04, white, 2);
-  c.Text(0.07 + len, 1.02, Fixed(bar, bar < 1 ? 1 : 0) + " micron", white);
+  c.Text(0.07 + len, 1.02, FormatFixed(bar, bar < 1 ? 1 : 0) + " micron", white);
 }
 
 }  // namespace ovrin

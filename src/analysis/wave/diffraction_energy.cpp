@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <map>
 
 #include "analysis/wave/wavefront.h"
+#include "core/number_text.h"
 #include "core/optics_math.h"
 #include "output/plot_axes.h"
 
@@ -15,12 +15,6 @@ namespace {
 
 // The first zero of J1 over pi.
 constexpr double kDarkRing = 3.8317059702075125 / 3.141592653589793;
-
-std::string Fixed(double v, int decimals) {
-  char buf[64];
-  std::snprintf(buf, sizeof buf, "%.*f", decimals, v);
-  return buf;
-}
 
 // The radius where a rising curve first reaches `level`, linearly between samples; 0 if never.
 double RadiusAt(const std::vector<double>& r, const std::vector<double>& e, double level) {
@@ -151,18 +145,18 @@ DiffEnergyResult ComputeDiffractionEnergy(const DesignState& d, const DiffEnergy
   r.radius50Mm = RadiusAt(r.radiusMm, r.energy, 0.5);
   r.radius80Mm = RadiusAt(r.radiusMm, r.energy, 0.8);
   r.radius90Mm = RadiusAt(r.radiusMm, r.energy, 0.9);
-  auto microns = [](double mm) { return mm > 0 ? Fixed(mm * 1000, 2) : std::string("beyond the curve"); };
-  r.text.push_back("Wavelength " + Fixed(r.waveLenMm * 1000, 4) + " micron, pupil " + std::to_string(r.N) + " x " +
+  auto microns = [](double mm) { return mm > 0 ? FormatFixed(mm * 1000, 2) : std::string("beyond the curve"); };
+  r.text.push_back("Wavelength " + FormatFixed(r.waveLenMm * 1000, 4) + " micron, pupil " + std::to_string(r.N) + " x " +
                    std::to_string(r.N) + ", transform " + std::to_string(r.F));
-  r.text.push_back("First dark ring (perfect aperture): " + Fixed(r.darkRingMm * 1000, 2) + " micron");
-  r.text.push_back("Energy within it: design " + Fixed(100 * r.atDarkRing, 1) + " %, perfect " +
-                   Fixed(100 * r.perfectAtDarkRing, 1) + " %");
-  r.text.push_back("Strehl " + Fixed(r.Strehl, 3));
+  r.text.push_back("First dark ring (perfect aperture): " + FormatFixed(r.darkRingMm * 1000, 2) + " micron");
+  r.text.push_back("Energy within it: design " + FormatFixed(100 * r.atDarkRing, 1) + " %, perfect " +
+                   FormatFixed(100 * r.perfectAtDarkRing, 1) + " %");
+  r.text.push_back("Strehl " + FormatFixed(r.Strehl, 3));
   r.text.push_back("Radius of 50 %: " + microns(r.radius50Mm) + ", 80 %: " + microns(r.radius80Mm) +
                    ", 90 %: " + microns(r.radius90Mm));
   r.text.push_back("RADIUS (micron)\tDESIGN\tPERFECT");
   for (int k = 0; k <= points; ++k)
-    r.text.push_back(Fixed(r.radiusMm[k] * 1000, 2) + "\t" + Fixed(r.energy[k], 4) + "\t" + Fixed(r.perfect[k], 4));
+    r.text.push_back(FormatFixed(r.radiusMm[k] * 1000, 2) + "\t" + FormatFixed(r.energy[k], 4) + "\t" + FormatFixed(r.perfect[k], 4));
   r.ok = true;
   return r;
 }
@@ -185,8 +179,8 @@ void DrawDiffractionEnergy(const DiffEnergyResult& r, Canvas& c, int background)
   // The first dark ring.
   const double ring = r.darkRingMm * 1000;
   c.Line(ring, 0, ring, 1, {0, 0, 255}, 1);
-  c.Text(ring, 0.12, "1st dark ring " + Fixed(100 * r.perfectAtDarkRing, 1) + " %", {0, 0, 255});
-  c.Text(xmax * 0.45, 0.3, "Red: design   " + Fixed(100 * r.atDarkRing, 1) + " % in the ring", {255, 0, 0});
+  c.Text(ring, 0.12, "1st dark ring " + FormatFixed(100 * r.perfectAtDarkRing, 1) + " %", {0, 0, 255});
+  c.Text(xmax * 0.45, 0.3, "Red: design   " + FormatFixed(100 * r.atDarkRing, 1) + " % in the ring", {255, 0, 0});
   c.Text(xmax * 0.45, 0.2, "Black: perfect aperture", ink);
 }
 
