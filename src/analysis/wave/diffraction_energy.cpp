@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
+#include <utility>
 
 #include "analysis/wave/wavefront.h"
 #include "core/number_text.h"
@@ -51,25 +51,20 @@ std::vector<double> EncircledFromArray(const std::vector<double>& P, int F, cons
   if (!(total > 0)) return out;
   // The disc's kernel depends on the frequency's length only: the real parts
   // are gathered per squared length, which leaves a few thousand terms.
-  std::map<int, double> rings;
+  std::vector<double> rings(static_cast<size_t>(2 * h * h) + 1, 0.0);
   for (int a = 0; a < F; ++a)
     for (int b = 0; b < F; ++b) {
       const int ka = a < h ? a : a - F, kb = b < h ? b : b - F;
-      const double re = field[static_cast<size_t>(a) * F + b].real();
-      if (std::fabs(re) > total * 1e-13) rings[ka * ka + kb * kb] += re;
+      rings[static_cast<size_t>(ka * ka + kb * kb)] += field[static_cast<size_t>(a) * F + b].real();
     }
+  std::vector<std::pair<double, double>> terms;  // (cycles per sample, summed real part)
+  for (size_t q2 = 1; q2 < rings.size(); ++q2)
+    if (std::fabs(rings[q2]) > total * 1e-12) terms.emplace_back(std::sqrt(static_cast<double>(q2)) / F, rings[q2]);
   for (size_t n = 0; n < radii.size(); ++n) {
     const double r = radii[n];
     if (!(r > 0)) continue;
-    double sum = 0;
-    for (const auto& [q2, re] : rings) {
-      if (q2 == 0) {
-        sum += re * kPi * r * r;
-        continue;
-      }
-      const double q = std::sqrt(static_cast<double>(q2)) / F;  // cycles per sample
-      sum += re * r * std::cyl_bessel_j(1.0, 2 * kPi * r * q) / q;
-    }
+    double sum = rings[0] * kPi * r * r;
+    for (const auto& [q, re] : terms) sum += re * r * std::cyl_bessel_j(1.0, 2 * kPi * r * q) / q;
     out[n] = sum / (static_cast<double>(F) * F) / total;
   }
   return out;
@@ -130,17 +125,19 @@ DiffEnergyResult ComputeDiffractionEnergy(const DesignState& d, const DiffEnergy
   const int points = std::max(s.points, 2);
   // Never beyond a quarter of the array: the rest belongs to the next period.
   const double reach = std::min(std::max(s.rangeRings, 0.5) * r.darkRingMm, r.F / 4.0 * r.sampleMm);
-  std::vector<double> samples(points + 1);
+  std::vector<double> samples(points + 2);
   r.radiusMm.resize(points + 1);
   for (int k = 0; k <= points; ++k) {
     r.radiusMm[k] = reach * k / points;
     samples[k] = r.radiusMm[k] / r.sampleMm;
   }
+  samples[points + 1] = r.darkRingMm / r.sampleMm;
   r.energy = EncircledFromArray(psf.P, r.F, samples);
+  r.atDarkRing = r.energy.back();
+  r.energy.pop_back();
   r.perfect.resize(points + 1);
   const double v_per_mm = kPi / (r.waveLenMm * r.focalRatio);
   for (int k = 0; k <= points; ++k) r.perfect[k] = PerfectEncircledEnergy(v_per_mm * r.radiusMm[k]);
-  r.atDarkRing = EncircledFromArray(psf.P, r.F, {r.darkRingMm / r.sampleMm})[0];
   r.perfectAtDarkRing = PerfectEncircledEnergy(v_per_mm * r.darkRingMm);
   r.radius50Mm = RadiusAt(r.radiusMm, r.energy, 0.5);
   r.radius80Mm = RadiusAt(r.radiusMm, r.energy, 0.8);
