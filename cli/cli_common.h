@@ -88,4 +88,5 @@ void WritePictureFile(const RecordingCanvas& picture, int width, int height, con
 namespace ovrin::cli {
 std::vector<Command> DrawingCommands();  // layout3d, element, solve-contact
 std::vector<Command> MakerCommands();  // interferogram, ronchigram, foucault, star-test
+std::vector<Command> ImageQualityCommands();  // diffraction-energy, colour-image, multi-analysis, ghosts
 }  // namespace ovrin::cli

@@ -43,6 +43,7 @@ int main(int argc, char** argv) {
       GeometricFamilyCommands(),
       DrawingCommands(),
       MakerCommands(),
+      ImageQualityCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {
