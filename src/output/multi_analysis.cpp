@@ -174,7 +174,7 @@ MultiResult ComputeMultiAnalysis(const DesignState& d, const MultiSettings& s) {
 
 void DrawMultiAnalysis(const MultiResult& r, const MultiSettings&, Canvas& c) {
   const Rgb white{255, 255, 255}, ink{0, 0, 0}, frame{128, 128, 128};
-  c.Window(0, 0, kSheetWidth, kSheetHeight);
+  c.Window(0, 0, kMultiSheetWidth, kMultiSheetHeight);
   c.Clear(white);
   struct Box {
     double l, t, r, b;

@@ -51,7 +51,7 @@ struct MultiResult {
 MultiResult ComputeMultiAnalysis(const DesignState& d, const MultiSettings& s);
 
 // The sheet's coordinates: a portrait page of 1000 x 1414 units.
-constexpr double kSheetWidth = 1000, kSheetHeight = 1414;
+constexpr double kMultiSheetWidth = 1000, kMultiSheetHeight = 1414;
 // The settings' numbers reach the sheet through the result's text.
 void DrawMultiAnalysis(const MultiResult& r, const MultiSettings& s, Canvas& c);
 

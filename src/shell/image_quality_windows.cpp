@@ -252,7 +252,7 @@ void ColourImageWindow::Redraw() {
 
 MultiAnalysisWindow::MultiAnalysisWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmMultiAnl", "Multi-Analysis Plot", "MultiAnl",
-                     Frame({"Picture1"}, kSheetWidth / kSheetHeight, FrameOptions::Wavelengths::Several, "")) {
+                     Frame({"Picture1"}, kMultiSheetWidth / kMultiSheetHeight, FrameOptions::Wavelengths::Several, "")) {
   int r = 0;
   auto row = [&](const QString& caption, QWidget* w) {
     panel_->addWidget(new QLabel(caption, this), r, 0);
@@ -330,7 +330,7 @@ bool MultiAnalysisWindow::PrintSheet(QPrinter& printer) const {
   QPainter p;
   if (!p.begin(&printer)) return false;
   const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
-  const PageFit fit = FitToPage(kSheetWidth, kSheetHeight, page.width(), page.height());
+  const PageFit fit = FitToPage(kMultiSheetWidth, kMultiSheetHeight, page.width(), page.height());
   QPainterCanvas canvas(p, QRectF(0, 0, fit.width, fit.height));
   plot_->plot().Replay(canvas);
   return p.end();

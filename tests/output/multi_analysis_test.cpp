@@ -54,7 +54,7 @@ void ExpectInsideThePage(const RecordingCanvas& page) {
   for (const auto& i : page.items()) {
     using Op = RecordingCanvas::Op;
     auto inside = [](double x, double y) {
-      return x >= -1e-6 && x <= kSheetWidth + 1e-6 && y >= -1e-6 && y <= kSheetHeight + 1e-6;
+      return x >= -1e-6 && x <= kMultiSheetWidth + 1e-6 && y >= -1e-6 && y <= kMultiSheetHeight + 1e-6;
     };
     switch (i.op) {
       case Op::Line:
