@@ -209,22 +209,23 @@ void DrawMultiAnalysis(const MultiResult& r, const MultiSettings&, Canvas& c) {
     framed(spots[f]);
   }
   // Ray fans: on axis, and both fans of the full field.
-  const Box fans[3] = {{0, 655, 333, 805, "Fan, axis"},
-                       {333, 655, 667, 805, "Fan, field, tang."},
-                       {667, 655, 1000, 805, "Fan, field, sag."}};
+  const Box fans[3] = {{0, 655, 333, 855, "Fan, axis"},
+                       {333, 655, 667, 855, "Fan, field, tang."},
+                       {667, 655, 1000, 855, "Fan, field, sag."}};
   const int fan_field[3] = {0, 2, 2};
   const bool fan_tang[3] = {true, true, false};
   for (int k = 0; k < 3; ++k) {
     if (!r.fans.fields[fan_field[k]].done) {
       failed(fans[k], r.fanPart.ok ? MultiPart{false, "no fan"} : r.fanPart);
     } else {
-      SubCanvas sub(c, fans[k].l + 1, fans[k].t + 1, fans[k].r - 1, fans[k].b - 1);
+      // Below a strip for the title, which the fan's own scale labels would cover.
+      SubCanvas sub(c, fans[k].l + 1, fans[k].t + 24, fans[k].r - 1, fans[k].b - 1);
       DrawRayFan(r.fans, fan_field[k], fan_tang[k], sub);
     }
     framed(fans[k]);
   }
   // Transfer curves on axis and at full field.
-  const Box mtf[2] = {{0, 805, 500, 1115, ""}, {500, 805, 1000, 1115, ""}};
+  const Box mtf[2] = {{0, 855, 500, 1165, ""}, {500, 855, 1000, 1165, ""}};
   const int mtf_field[2] = {0, 2};
   for (int k = 0; k < 2; ++k) {
     if (!failed(mtf[k], r.mtfPart)) {
@@ -234,7 +235,7 @@ void DrawMultiAnalysis(const MultiResult& r, const MultiSettings&, Canvas& c) {
     framed(mtf[k]);
   }
   // The numbers.
-  const Box numbers{0, 1115, 1000, 1414, "Numbers"};
+  const Box numbers{0, 1165, 1000, 1414, "Numbers"};
   framed(numbers);
   double y = numbers.t + 30;
   for (size_t k = 2; k < r.text.size(); ++k, y += 26) c.Text(20, y, r.text[k], ink);
