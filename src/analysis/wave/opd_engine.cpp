@@ -53,7 +53,7 @@ double ParaxialExitPupil(const DesignState& d, const SurfTable& index, double y1
 bool WavelengthInUse(const DesignState& d, int k) { return k == 1 || (k >= 2 && k <= 6 && d.IndexWl[k][1] != 0); }
 
 OpdEngine::OpdEngine(const DesignState& d, const OpdRun& run)
-    : design_(d), run_(run), tracer_(d), a_(d.EntrBeamSemiDiam) {
+    : design_(d), run_(run), tracer_(d), bundle_(d), a_(d.EntrBeamSemiDiam) {
   const int k = run.wavelength >= 1 && run.wavelength <= 6 ? run.wavelength : 1;
   if (run.indexTable) {
     n_ = *run.indexTable;
@@ -88,11 +88,16 @@ double OpdEngine::Start(double x, double y) {
 }
 
 double OpdEngine::ToSphere() {
-  Tracer& t = tracer_;
-  const double z_last = t.RayZ, cz_last = t.RayCosZ;
-  const double cx = t.RayCosX, cy = t.RayCosY, cz = t.RayCosZ;
-  const double x = t.RayX + (cx / cz) * (Zxp - z_last);
-  const double y = t.RayY + (cy / cz) * (Zxp - z_last);
+  const Tracer& t = tracer_;
+  const double ray[6] = {t.RayX, t.RayY, t.RayZ, t.RayCosX, t.RayCosY, t.RayCosZ};
+  return ToSphereOf(ray, true);
+}
+
+double OpdEngine::ToSphereOf(const double ray[6], bool keep) {
+  const double z_last = ray[2], cz_last = ray[5];
+  const double cx = ray[3], cy = ray[4], cz = ray[5];
+  const double x = ray[0] + (cx / cz) * (Zxp - z_last);
+  const double y = ray[1] + (cy / cz) * (Zxp - z_last);
   const double zs = Zs();
   const double qa = cx * cx + cy * cy + cz * cz;
   const double qb = 2 * cx * (x - Xc) + 2 * cy * (y - Yc) - 2 * cz * zs;
@@ -104,9 +109,11 @@ double OpdEngine::ToSphere() {
   const double s = run_.actualBfl < Zxp ? (-qb + std::sqrt(disc)) / (2 * qa) : (-qb - std::sqrt(disc)) / (2 * qa);
   const double l = (Zxp - z_last) / cz_last + s;
   RequireFinite(l, image);
-  lastX = x, lastY = y, lastZ = z_last;
-  lastCosX = cx, lastCosY = cy, lastCosZ = cz;
-  lastS = s;
+  if (keep) {
+    lastX = x, lastY = y, lastZ = z_last;
+    lastCosX = cx, lastCosY = cy, lastCosZ = cz;
+    lastS = s;
+  }
   return l;
 }
 
@@ -184,6 +191,58 @@ double OpdEngine::RayOpdMm(double xg, double yg) {
 }
 
 double OpdEngine::RayOpd(double xg, double yg) { return RayOpdMm(xg, yg) / WaveLenMm; }
+
+void OpdEngine::RayOpds(const double* xg, const double* yg, int n, double* w) {
+  const DesignState& d = design_;
+  BundleTracer& b = bundle_;
+  b.FieldCosZ = tracer_.FieldCosZ, b.FieldCosY = tracer_.FieldCosY, b.FieldCosX = tracer_.FieldCosX;
+  b.ObjHeight = tracer_.ObjHeight;
+  const double limit = a_ * a_ + 0.0001;
+  double px[kBundleLanes], py[kBundleLanes], dist[kBundleLanes];
+  int j = 0;
+  while (j < n) {
+    // The next points inside the pupil, one to a lane; those outside are 0.
+    int lanes = 0, end = j;
+    for (; end < n && lanes < kBundleLanes; ++end) {
+      if (xg[end] * xg[end] + yg[end] * yg[end] > limit) continue;
+      px[lanes] = xg[end];
+      py[lanes] = yg[end];
+      ++lanes;
+    }
+    if (lanes > 0) {
+      b.StartRays(px, py, lanes);
+      for (int l = 0; l < lanes; ++l) {
+        // As Start: from the object point to where the ray starts on the first vertex plane.
+        const double dy = b.Y[l] - b.ObjHeight;
+        dist[l] = d.ObjDistance == 0 ? 0.0 : std::sqrt(b.X[l] * b.X[l] + dy * dy + d.ObjDistance * d.ObjDistance);
+      }
+      b.TraceSurfaces(rayPolicy_);
+    }
+    for (int l = 0; j < end; ++j) {
+      if (xg[j] * xg[j] + yg[j] * yg[j] > limit) {
+        w[j] = 0;
+        continue;
+      }
+      const int lane = l++;
+      if (b.Failed[lane]) throw b.ErrorOf(lane);
+      if (b.Vignetted[lane]) {
+        w[j] = 0;
+        continue;
+      }
+      const double p = b.Path[lane];
+      const double ray[6] = {b.X[lane], b.Y[lane], b.Z[lane], b.CosX[lane], b.CosY[lane], b.CosZ[lane]};
+      const double len = ToSphereOf(ray, false);
+      double opd = (Pc - p) + n_[d.SurfCount] * (Lc - len);
+      if (d.ObjDistance == 0) {
+        if (run_.field) opd = opd - std::sin(run_.fieldAngleY) * yg[j] - std::sin(run_.fieldAngleX) * xg[j];
+      } else {
+        opd = opd + (Dc - dist[lane]);
+      }
+      RequireFinite(opd, d.SurfCount + 1);
+      w[j] = opd / WaveLenMm;
+    }
+  }
+}
 
 float AutoFocusOpd(const DesignState& d, int k, double bfl) {
   OpdRun run;
