@@ -198,6 +198,8 @@ void OpdEngine::RayOpds(const double* xg, const double* yg, int n, double* w) {
   b.FieldCosZ = tracer_.FieldCosZ, b.FieldCosY = tracer_.FieldCosY, b.FieldCosX = tracer_.FieldCosX;
   b.ObjHeight = tracer_.ObjHeight;
   const double limit = a_ * a_ + 0.0001;
+  // The tilt of the field's plane wave, the same for every point.
+  const double sin_y = std::sin(run_.fieldAngleY), sin_x = std::sin(run_.fieldAngleX);
   double px[kBundleLanes], py[kBundleLanes], dist[kBundleLanes];
   int j = 0;
   while (j < n) {
@@ -234,7 +236,7 @@ void OpdEngine::RayOpds(const double* xg, const double* yg, int n, double* w) {
       const double len = ToSphereOf(ray, false);
       double opd = (Pc - p) + n_[d.SurfCount] * (Lc - len);
       if (d.ObjDistance == 0) {
-        if (run_.field) opd = opd - std::sin(run_.fieldAngleY) * yg[j] - std::sin(run_.fieldAngleX) * xg[j];
+        if (run_.field) opd = opd - sin_y * yg[j] - sin_x * xg[j];
       } else {
         opd = opd + (Dc - dist[lane]);
       }
