@@ -459,10 +459,9 @@ OVRIN_LANES void SurfacesImpl(BundleTracer& t, const SurfTable& index, const Sur
   StoreI(ended & 1, t.Ended);
 }
 
-OVRIN_LANES void ImageImpl(BundleTracer& t, const SurfTable& index, double image_distance, double focal_radius) {
+OVRIN_LANES void ImageImpl(BundleTracer& t, double n_last, double image_distance, double focal_radius) {
   const DesignState& d = t.design();
   const int image = d.SurfCount + 1;
-  const double n_last = index[d.SurfCount];
   Lanes r = Load(t);
   EnterFrameLanes(r, d, image, image_distance);
   if (focal_radius == 0.0)
@@ -474,16 +473,16 @@ OVRIN_LANES void ImageImpl(BundleTracer& t, const SurfTable& index, double image
 
 // The code paths: the same source compiled for the baseline instruction set
 // and for the wider vector units, chosen at run time.
-#define OVRIN_BUNDLE_PATH(SUFFIX, TARGET)                                                          \
-  TARGET void Start##SUFFIX(BundleTracer& t) { StartImpl(t); }                                    \
-  TARGET void Surfaces##SUFFIX(BundleTracer& t, const SurfTable& index, const SurfaceLoopPolicy& p) {     \
-    if (p.sumPath)                                                                                      \
-      SurfacesImpl<true>(t, index, p);                                                            \
-    else                                                                                                \
-      SurfacesImpl<false>(t, index, p);                                                           \
-  }                                                                                                     \
-  TARGET void Image##SUFFIX(BundleTracer& t, const SurfTable& index, double distance, double radius) {   \
-    ImageImpl(t, index, distance, radius);                                                        \
+#define OVRIN_BUNDLE_PATH(SUFFIX, TARGET)                                                       \
+  TARGET void Start##SUFFIX(BundleTracer& t) { StartImpl(t); }                                 \
+  TARGET void Surfaces##SUFFIX(BundleTracer& t, const SurfTable& index, const SurfaceLoopPolicy& p) { \
+    if (p.sumPath)                                                                             \
+      SurfacesImpl<true>(t, index, p);                                                         \
+    else                                                                                       \
+      SurfacesImpl<false>(t, index, p);                                                        \
+  }                                                                                            \
+  TARGET void Image##SUFFIX(BundleTracer& t, double n_last, double distance, double radius) {  \
+    ImageImpl(t, n_last, distance, radius);                                                    \
   }
 
 OVRIN_BUNDLE_PATH(Baseline, )
@@ -495,7 +494,7 @@ OVRIN_BUNDLE_PATH(Avx512, __attribute__((target("avx512f"))))
 struct PathTable {
   void (*start)(BundleTracer&);
   void (*surfaces)(BundleTracer&, const SurfTable&, const SurfaceLoopPolicy&);
-  void (*image)(BundleTracer&, const SurfTable&, double, double);
+  void (*image)(BundleTracer&, double, double, double);
 };
 
 PathTable TableOf(BundleIsa isa) {
@@ -582,7 +581,11 @@ void BundleTracer::TraceSurfaces(const SurfaceLoopPolicy& policy) {
 }
 
 void BundleTracer::TraceToImage(double image_distance, double focal_radius) {
-  Current().table.image(*this, *index_, image_distance, focal_radius);
+  Current().table.image(*this, (*index_)[design_.SurfCount], image_distance, focal_radius);
+}
+
+void BundleTracer::TraceToImageIn(double n_last, double image_distance, double focal_radius) {
+  Current().table.image(*this, n_last, image_distance, focal_radius);
 }
 
 void BundleTracer::TraceRays(const double* px, const double* py, int n, const SurfaceLoopPolicy& policy,

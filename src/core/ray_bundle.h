@@ -68,6 +68,8 @@ class BundleTracer {
   // As Tracer::TraceToImage, in the index table of the last TraceSurfaces;
   // lanes that ended at an aperture stay where they are.
   void TraceToImage(double image_distance, double focal_radius = 0.0);
+  // The same with the index on both sides of the image surface given.
+  void TraceToImageIn(double n_last, double image_distance, double focal_radius);
   // StartRays, TraceSurfaces and TraceToImage, as Tracer::TraceRay.
   void TraceRays(const double* px, const double* py, int n, const SurfaceLoopPolicy& policy,
                  double image_distance);

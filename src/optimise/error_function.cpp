@@ -152,7 +152,7 @@ std::string CheckIterationText(OptimiseSheet& s) {
 
 // --- the error function ------------------------------------------------------------
 
-ErrorContext::ErrorContext(const DesignState& d) : work(d), tracer(work) { ResetWork(d); }
+ErrorContext::ErrorContext(const DesignState& d) : work(d), tracer(work), bundle(work) { ResetWork(d); }
 
 void ErrorContext::ResetWork(const DesignState& d) {
   for (int i = 1; i <= d.SurfCount; ++i) {
@@ -227,6 +227,20 @@ void TraceWork(ErrorContext& c, double px, double py, int k, double bfl) {
   p.testAperture = false;
   t.TraceSurfaces(p);
   TraceToImage(c, bfl);
+}
+
+// TraceWork for up to kBundleLanes rays at once, into c.bundle.
+void TraceWorkBundle(ErrorContext& c, const double* px, const double* py, int count, int k, double bfl) {
+  BundleTracer& b = c.bundle;
+  const Tracer& t = c.tracer;
+  b.FieldCosZ = t.FieldCosZ, b.FieldCosY = t.FieldCosY, b.FieldCosX = t.FieldCosX;
+  b.ObjHeight = t.ObjHeight;
+  b.StartRays(px, py, count);
+  SurfaceLoopPolicy p;
+  p.indexTable = &c.index[k];
+  p.testAperture = false;
+  b.TraceSurfaces(p);
+  b.TraceToImageIn(c.work.IndexWl[1][c.work.SurfCount], bfl, c.imageRadius);
 }
 
 // The near-axis ray through the working system in wavelength 1: the slope
@@ -487,7 +501,8 @@ void ComputeFocus(ErrorContext& c) {
 }
 
 void EvaluateSpot(ErrorContext& c, double bfl) {
-  Tracer& t = c.tracer;
+  const BundleTracer& b = c.bundle;
+  int last_k = 0, last_i = 0;  // the last ray, whose registers the tracer keeps
   const int n = c.rays.RayCount;
   const std::size_t bound = 2 * 6 * (n + 1) + 3;
   std::vector<double> spot_y(bound), spot_x(bound), res_w(bound);
@@ -503,8 +518,18 @@ void EvaluateSpot(ErrorContext& c, double bfl) {
       if (!c.checked[k - 1]) continue;
       const double wl_weight = c.wlWeight[k - 1];
       for (int i = 0; i <= n; ++i) {
-        TraceWork(c, c.rays.PupilX[i], c.rays.PupilY[i], k, bfl);
-        const double hit_y = t.RayY, hit_x = t.RayX;
+        // The rays go through the system a bundle at a time and are taken in turn.
+        const int lane = i % kBundleLanes;
+        if (lane == 0)
+          TraceWorkBundle(c, &c.rays.PupilX[i], &c.rays.PupilY[i], std::min(kBundleLanes, n + 1 - i), k, bfl);
+        // A failed ray is traced again on its own: the run's message reads the
+        // tracer's registers as the failure left them.
+        if (b.Failed[lane]) {
+          TraceWork(c, c.rays.PupilX[i], c.rays.PupilY[i], k, bfl);
+          throw b.ErrorOf(lane);
+        }
+        last_k = k, last_i = i;
+        const double hit_y = b.Y[lane], hit_x = b.X[lane];
         if (i == 0) {
           if (!have_ref) {
             have_ref = true;
@@ -528,6 +553,8 @@ void EvaluateSpot(ErrorContext& c, double bfl) {
         if (c.keepPictures) c.pictures[field].push_back({hit_y - ref_y, hit_x - ref_x, k});
       }
     }
+    // The tracer's registers as a ray-by-ray loop leaves them: its last ray's.
+    if (last_k != 0) TraceWork(c, c.rays.PupilX[last_i], c.rays.PupilY[last_i], last_k, bfl);
     Require(sw != 0);
     const double cy = sy / sw, cx = sx / sw;
     Require(std::isfinite(cy) && std::isfinite(cx));
