@@ -577,16 +577,22 @@ void EvaluateSpot(ErrorContext& c, double bfl) {
       for (int i = 0; i <= n; ++i) {
         // The rays go through the system a bundle at a time and are taken in turn.
         const int lane = i % kBundleLanes;
-        if (lane == 0)
-          TraceWorkBundle(c, &c.rays.PupilX[i], &c.rays.PupilY[i], std::min(kBundleLanes, n + 1 - i), k, bfl);
-        // A failed ray is traced again on its own: the run's message reads the
-        // tracer's registers as the failure left them.
-        if (b.Failed[lane]) {
+        double hit_y, hit_x;
+        if (c.rayByRay) {
           TraceWork(c, c.rays.PupilX[i], c.rays.PupilY[i], k, bfl);
-          throw b.ErrorOf(lane);
+          hit_y = c.tracer.RayY, hit_x = c.tracer.RayX;
+        } else {
+          if (lane == 0)
+            TraceWorkBundle(c, &c.rays.PupilX[i], &c.rays.PupilY[i], std::min(kBundleLanes, n + 1 - i), k, bfl);
+          // A failed ray is traced again on its own: the run's message reads
+          // the tracer's registers as the failure left them.
+          if (b.Failed[lane]) {
+            TraceWork(c, c.rays.PupilX[i], c.rays.PupilY[i], k, bfl);
+            throw b.ErrorOf(lane);
+          }
+          last_k = k, last_i = i;
+          hit_y = b.Y[lane], hit_x = b.X[lane];
         }
-        last_k = k, last_i = i;
-        const double hit_y = b.Y[lane], hit_x = b.X[lane];
         if (i == 0) {
           if (!have_ref) {
             have_ref = true;
@@ -640,15 +646,15 @@ void EvaluateWavefront(ErrorContext& c, double bfl) {
       double bundle_opd[kBundleLanes];
       for (int i = 1; i <= n; ++i) {
         const int lane = (i - 1) % kBundleLanes;
-        if (lane == 0) OpdsOf(c, f, i, std::min(kBundleLanes, n + 1 - i), k, bundle_opd);
+        if (lane == 0 && !c.rayByRay) OpdsOf(c, f, i, std::min(kBundleLanes, n + 1 - i), k, bundle_opd);
         const double w = wl_weight * c.rays.RayWeight[i];
-        opd[m] = bundle_opd[lane];
+        opd[m] = c.rayByRay ? OpdOf(c, f, c.rays.PupilX[i], c.rays.PupilY[i], k) : bundle_opd[lane];
         res_w[m] = w * c.fieldWeight[field];
         so += w * opd[m];
         sw += w;
         ++m;
       }
-      if (n >= 1) last_f = f, last_k = k;
+      if (n >= 1 && !c.rayByRay) last_f = f, last_k = k;
     }
     // The tracer's registers as a ray-by-ray loop leaves them: its last ray's.
     if (last_k != 0) OpdOf(c, last_f, c.rays.PupilX[n], c.rays.PupilY[n], last_k);

@@ -119,6 +119,7 @@ struct ErrorContext {
   DesignState work;
   Tracer tracer;
   BundleTracer bundle;  // the same rays a bundle at a time, in the field of `tracer`
+  bool rayByRay = false;  // every ray through `tracer` alone: the reference the bundles are held to
   std::array<SurfTable, 7> index{};  // the evaluation's index sets, element 0 = 1
 
   ErrorMode mode = ErrorMode::Spot;

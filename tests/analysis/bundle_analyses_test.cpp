@@ -18,6 +18,8 @@
 #include "core/optics_math.h"
 #include "core/ray_tracer.h"
 #include "../core/test_designs.h"
+#include "../optimise/optimise_designs.h"
+#include "optimise/error_function.h"
 
 namespace ovrin {
 namespace {
@@ -206,6 +208,49 @@ TEST(BundleAnalyses, OpdGridsKeepTheRayByRayNumbers) {
   std::vector<double> xs, ys;
   for (int k = 0; k < 40; ++k) xs.push_back(0.1 * k), ys.push_back(1.35 * k + 0.1);
   EXPECT_TRUE(ExpectSameOpds(d, run, xs, ys));
+}
+
+
+// The optimiser's evaluations: residuals, pictures and the tracer's registers
+// as the ray-by-ray evaluation leaves them.
+TEST(BundleAnalyses, OptimiserEvaluationsKeepTheRayByRayNumbers) {
+  testing::TestDesign triplet, mirror;
+  testing::BuildTriplet(triplet);
+  testing::BuildParaboloid(mirror, -0.8);
+  for (testing::TestDesign* t : {&triplet, &mirror}) {
+    ASSERT_TRUE(t->Update().ok);
+    for (RaySetKind kind : {RaySetKind::Square, RaySetKind::Gaussian, RaySetKind::Radau}) {
+      for (int wave = 0; wave <= 1; ++wave) {
+        ErrorContext one(t->d), bundle(t->d);
+        one.rayByRay = true;
+        for (ErrorContext* c : {&one, &bundle}) {
+          c->Configure(testing::WindowOn(*t));
+          c->rays = BuildRaySet(kind, t->d.EntrBeamSemiDiam);
+          ComputeFocus(*c);
+          if (wave)
+            EvaluateWavefront(*c, c->FocusBfl);
+          else
+            EvaluateSpot(*c, c->FocusBfl);
+        }
+        ASSERT_EQ(one.M, bundle.M);
+        ASSERT_GT(one.M, 10);
+        for (int i = 0; i <= one.M; ++i) ASSERT_EQ(Bits(one.residual[i]), Bits(bundle.residual[i])) << i;
+        for (int f = 0; f < 2; ++f) {
+          ASSERT_EQ(one.pictures[f].size(), bundle.pictures[f].size());
+          for (size_t i = 0; i < one.pictures[f].size(); ++i) {
+            ASSERT_EQ(Bits(one.pictures[f][i].dy), Bits(bundle.pictures[f][i].dy));
+            ASSERT_EQ(Bits(one.pictures[f][i].dx), Bits(bundle.pictures[f][i].dx));
+          }
+        }
+        const Tracer &a = one.tracer, &b = bundle.tracer;
+        const double ra[] = {a.RayX, a.RayY, a.RayZ, a.RayCosZ, a.RayPath, a.SphRadicand, a.SnellRadicand,
+                             a.SnellRadicandAsph};
+        const double rb[] = {b.RayX, b.RayY, b.RayZ, b.RayCosZ, b.RayPath, b.SphRadicand, b.SnellRadicand,
+                             b.SnellRadicandAsph};
+        for (int k = 0; k < 8; ++k) EXPECT_EQ(Bits(ra[k]), Bits(rb[k])) << "register " << k;
+      }
+    }
+  }
 }
 
 }  // namespace
