@@ -102,6 +102,8 @@ class OpdEngine {
   // The same for a ray given as X, Y, Z, cosX, cosY, cosZ after the last
   // surface; `keep` receives the values the focus fit reads.
   double ToSphereOf(const double ray[6], bool keep);
+  // ToSphereOf for every lane of a bundle, its failures as codes (1: no root, 2: not finite).
+  void SphereDistances(const BundleTracer& b, double* len, int64_t* miss) const;
 
   const DesignState& design_;
   OpdRun run_;
