@@ -176,6 +176,8 @@ void TraceAndMeasure(const DesignState& d, const SpotSettings& s, const SpotRun&
   std::fill(r.SpotY.begin(), r.SpotY.begin() + used, 0.0);
   std::fill(r.SpotX.begin(), r.SpotX.begin() + used, 0.0);
   r.plotted.clear();
+  const int checked = static_cast<int>(std::count(s.checked.begin(), s.checked.end(), true));
+  r.plotted.reserve(static_cast<std::size_t>(checked) * (static_cast<std::size_t>(r.grid.PupilRayCount) + 1));
   r.drawn = false;
   r.error.clear();
   const double ay = run.angle_y, ax = run.angle_x;
