@@ -122,6 +122,47 @@ OVRIN_HOT KernelResult SphereKernel(RayVec& r, double radius, double thick, doub
   return kPassed;
 }
 
+// SphereKernel on a plane (radius 0) between equal indices: the transfer to
+// the pupil plane and to a flat image. With c = 0 and mu = 1 the sphere's
+// arithmetic reduces, for a ray going forward (cosZ > 0) with finite values,
+// to the two divisions of the transfer: d = H / (A + B) is +0 and so is g, the
+// root less itself. The products by 0 and sums with 0 that settle the signs of
+// zeros are kept as the sphere writes them, so the bits are the sphere's. Any
+// other ray takes the sphere's own path.
+OVRIN_HOT KernelResult PlaneKernel(RayVec& r, double thick, double n, double np, double& sph_radicand,
+                                   double& snell_radicand) {
+  const double mu = n / np;
+  if (mu == 1.0) {
+    const double cx = r.cx, cy = r.cy, cz = r.cz;
+    const double step = thick - r.z;
+    const double x0 = r.x + (step * cx) / cz;
+    const double y0 = r.y + (step * cy) / cz;
+    const double r2 = x0 * x0 + y0 * y0;
+    if ((cz > 0.0) & Finite(cz * cz) & Finite(r2) & Finite(cx) & Finite(cy)) {
+      sph_radicand = cz * cz - 0.0;  // B^2 - c H with B = cosZ and c H = +0
+      snell_radicand = 0.0 + sph_radicand;
+      const double x = x0 + cx * 0.0;
+      const double y = y0 + cy * 0.0;
+      const double z = cz * 0.0;
+      r.x = x;
+      r.y = y;
+      r.z = z;
+      const double yc = 0.0 * y0 + (0.0 * cy) * 0.0;
+      const double xc = 0.0 * x0 + (0.0 * cx) * 0.0;
+      const double ncz = cz - (0.0 - 1.0) * 0.0;
+      const double ncy = cy - yc * 0.0;
+      const double ncx = cx - xc * 0.0;
+      if (!Finite(x + y + z + ncx + ncy + ncz)) [[unlikely]]
+        return Fault(TraceFault::NonFinite);
+      r.cz = ncz;
+      r.cy = ncy;
+      r.cx = ncx;
+      return kPassed;
+    }
+  }
+  return SphereKernel(r, 0.0, thick, n, np, sph_radicand, snell_radicand);
+}
+
 OVRIN_HOT KernelResult AsphereKernel(RayVec& r, double radius, double thick, double n, double np,
                              double conic, double a4, double a6, double a8,
                              double& snell_radicand) {
@@ -380,7 +421,10 @@ void Tracer::StartRay() {
     CurN = CurNPrime = 1.0;
     CurRadius = 0.0;
     LoopI = 0;  // a failure here is at the pupil plane
-    TraceSphere();
+    OnRegisters([&](RayVec& r) {
+      const KernelResult k = PlaneKernel(r, CurThick, CurN, CurNPrime, SphRadicand, SnellRadicand);
+      if (k != kPassed) throw TraceError(0, static_cast<TraceFault>(k));
+    });
   }
 }
 
@@ -500,7 +544,14 @@ void Tracer::TraceToImage(double image_distance, double focal_radius) {
   CurN = CurNPrime = n_last;
   CurThick = image_distance;
   EnterImageFrame();
-  TraceSphere();
+  if (focal_radius != 0.0) {
+    TraceSphere();
+    return;
+  }
+  OnRegisters([&](RayVec& r) {
+    const KernelResult k = PlaneKernel(r, CurThick, CurN, CurNPrime, SphRadicand, SnellRadicand);
+    if (k != kPassed) throw TraceError(CurrentSurface(), static_cast<TraceFault>(k));
+  });
 }
 
 void Tracer::TraceRay(double px, double py, const SurfaceLoopPolicy& policy,

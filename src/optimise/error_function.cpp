@@ -1,5 +1,6 @@
 #include "optimise/error_function.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/number_text.h"
@@ -152,7 +153,7 @@ std::string CheckIterationText(OptimiseSheet& s) {
 
 // --- the error function ------------------------------------------------------------
 
-ErrorContext::ErrorContext(const DesignState& d) : work(d), tracer(work) { ResetWork(d); }
+ErrorContext::ErrorContext(const DesignState& d) : work(d), tracer(work), bundle(work) { ResetWork(d); }
 
 void ErrorContext::ResetWork(const DesignState& d) {
   for (int i = 1; i <= d.SurfCount; ++i) {
@@ -229,6 +230,20 @@ void TraceWork(ErrorContext& c, double px, double py, int k, double bfl) {
   TraceToImage(c, bfl);
 }
 
+// TraceWork for up to kBundleLanes rays at once, into c.bundle.
+void TraceWorkBundle(ErrorContext& c, const double* px, const double* py, int count, int k, double bfl) {
+  BundleTracer& b = c.bundle;
+  const Tracer& t = c.tracer;
+  b.FieldCosZ = t.FieldCosZ, b.FieldCosY = t.FieldCosY, b.FieldCosX = t.FieldCosX;
+  b.ObjHeight = t.ObjHeight;
+  b.StartRays(px, py, count);
+  SurfaceLoopPolicy p;
+  p.indexTable = &c.index[k];
+  p.testAperture = false;
+  b.TraceSurfaces(p);
+  b.TraceToImageIn(c.work.IndexWl[1][c.work.SurfCount], bfl, c.imageRadius);
+}
+
 // The near-axis ray through the working system in wavelength 1: the slope
 // leaving the last surface (0 becomes 1e-6) and the height there.
 struct Parax {
@@ -269,19 +284,31 @@ Parax ParaxialWork(ErrorContext& c, double y0, double u0) {
 struct PathEnd {
   double path, rest;
 };
-PathEnd FinishPath(const Tracer& t, double n_last, double exit_z, double cx, double cy, double cz) {
-  const double t1 = (exit_z - t.RayZ) / t.RayCosZ;
-  const double px = t.RayX + t1 * t.RayCosX, py = t.RayY + t1 * t.RayCosY, pz = exit_z;
+// The same for a ray given as its registers (X, Y, Z, cosX, cosY, cosZ and the
+// path); false where FinishPath fails.
+bool FinishPathOf(const double ray[6], double ray_path, double n_last, double exit_z, double cx, double cy,
+                  double cz, PathEnd& end) {
+  const double x = ray[0], y = ray[1], z = ray[2], kx = ray[3], ky = ray[4], kz = ray[5];
+  const double t1 = (exit_z - z) / kz;
+  const double px = x + t1 * kx, py = y + t1 * ky, pz = exit_z;
   const double dx = px - cx, dy = py - cy, dz = pz - cz;
   const double r2 = cx * cx + cy * cy + (exit_z - cz) * (exit_z - cz);
-  const double a = t.RayCosX * t.RayCosX + t.RayCosY * t.RayCosY + t.RayCosZ * t.RayCosZ;
-  const double b = 2 * (t.RayCosX * dx + t.RayCosY * dy + t.RayCosZ * dz);
+  const double a = kx * kx + ky * ky + kz * kz;
+  const double b = 2 * (kx * dx + ky * dy + kz * dz);
   const double cc = dx * dx + dy * dy + dz * dz - r2;
   const double disc = b * b - 4 * a * cc;
-  Require(disc >= 0);
+  if (!(disc >= 0)) return false;
   const double rest = (-b - std::sqrt(disc)) / (2 * a);
-  Require(std::isfinite(rest) && std::isfinite(t1));
-  return {t.RayPath + n_last * t1, rest};
+  if (!(std::isfinite(rest) && std::isfinite(t1))) return false;
+  end = {ray_path + n_last * t1, rest};
+  return true;
+}
+
+PathEnd FinishPath(const Tracer& t, double n_last, double exit_z, double cx, double cy, double cz) {
+  const double ray[6] = {t.RayX, t.RayY, t.RayZ, t.RayCosX, t.RayCosY, t.RayCosZ};
+  PathEnd end{};
+  Require(FinishPathOf(ray, t.RayPath, n_last, exit_z, cx, cy, cz, end));
+  return end;
 }
 
 // The wavefront of one field and wavelength: the exit pupil, the image point,
@@ -366,6 +393,50 @@ double OpdOf(ErrorContext& c, const WaveField& f, double px, double py, int k) {
   if (c.work.ObjDistance == 0) opd -= f.sin_a * py + f.sin_b * px;
   Require(std::isfinite(opd));
   return opd;
+}
+
+// OpdOf at rays first .. first + count - 1 of the ray set, a bundle at a time,
+// into out. A ray whose trace or path fails is traced again alone, which
+// throws as OpdOf does and leaves the tracer's registers as it does.
+void OpdsOf(ErrorContext& c, const WaveField& f, int first, int count, int k, double* out) {
+  BundleTracer& b = c.bundle;
+  const Tracer& t = c.tracer;
+  const DesignState& w = c.work;
+  b.FieldCosZ = t.FieldCosZ, b.FieldCosY = t.FieldCosY, b.FieldCosX = t.FieldCosX;
+  b.ObjHeight = t.ObjHeight;
+  const double* xs = &c.rays.PupilX[first];
+  const double* ys = &c.rays.PupilY[first];
+  b.StartRays(xs, ys, count);
+  double object_path[kBundleLanes] = {};
+  if (w.ObjDistance != 0) {
+    for (int l = 0; l < count; ++l) {
+      const double dy = b.Y[l] - b.ObjHeight, dz = b.Z[l] + w.ObjDistance;
+      object_path[l] = std::sqrt(b.X[l] * b.X[l] + dy * dy + dz * dz);
+      if (f.n_last < 0) object_path[l] = -object_path[l];
+    }
+  }
+  SurfaceLoopPolicy p;
+  p.indexTable = &c.index[k];
+  p.testAperture = false;
+  p.sumPath = true;
+  b.TraceSurfaces(p);
+  for (int l = 0; l < count; ++l) {
+    const double ray[6] = {b.X[l], b.Y[l], b.Z[l], b.CosX[l], b.CosY[l], b.CosZ[l]};
+    PathEnd e{};
+    bool ok = !b.Failed[l] && FinishPathOf(ray, b.Path[l], f.n_last, f.exit_z, f.cx, f.cy, f.cz, e);
+    double opd = 0;
+    if (ok) {
+      e.path += object_path[l];
+      opd = f.chief_path - e.path + f.n_last * (f.chief_rest - e.rest);
+      if (w.ObjDistance == 0) opd -= f.sin_a * ys[l] + f.sin_b * xs[l];
+      ok = std::isfinite(opd);
+    }
+    if (!ok) {
+      OpdOf(c, f, xs[l], ys[l], k);
+      throw NumericFault();
+    }
+    out[l] = opd;
+  }
 }
 
 // The spot-mode best focus: the defocus that minimises the spread of an axial
@@ -487,7 +558,8 @@ void ComputeFocus(ErrorContext& c) {
 }
 
 void EvaluateSpot(ErrorContext& c, double bfl) {
-  Tracer& t = c.tracer;
+  const BundleTracer& b = c.bundle;
+  int last_k = 0, last_i = 0;  // the last ray, whose registers the tracer keeps
   const int n = c.rays.RayCount;
   const std::size_t bound = 2 * 6 * (n + 1) + 3;
   std::vector<double> spot_y(bound), spot_x(bound), res_w(bound);
@@ -503,8 +575,24 @@ void EvaluateSpot(ErrorContext& c, double bfl) {
       if (!c.checked[k - 1]) continue;
       const double wl_weight = c.wlWeight[k - 1];
       for (int i = 0; i <= n; ++i) {
-        TraceWork(c, c.rays.PupilX[i], c.rays.PupilY[i], k, bfl);
-        const double hit_y = t.RayY, hit_x = t.RayX;
+        // The rays go through the system a bundle at a time and are taken in turn.
+        const int lane = i % kBundleLanes;
+        double hit_y, hit_x;
+        if (c.rayByRay) {
+          TraceWork(c, c.rays.PupilX[i], c.rays.PupilY[i], k, bfl);
+          hit_y = c.tracer.RayY, hit_x = c.tracer.RayX;
+        } else {
+          if (lane == 0)
+            TraceWorkBundle(c, &c.rays.PupilX[i], &c.rays.PupilY[i], std::min(kBundleLanes, n + 1 - i), k, bfl);
+          // A failed ray is traced again on its own: the run's message reads
+          // the tracer's registers as the failure left them.
+          if (b.Failed[lane]) {
+            TraceWork(c, c.rays.PupilX[i], c.rays.PupilY[i], k, bfl);
+            throw b.ErrorOf(lane);
+          }
+          last_k = k, last_i = i;
+          hit_y = b.Y[lane], hit_x = b.X[lane];
+        }
         if (i == 0) {
           if (!have_ref) {
             have_ref = true;
@@ -528,6 +616,8 @@ void EvaluateSpot(ErrorContext& c, double bfl) {
         if (c.keepPictures) c.pictures[field].push_back({hit_y - ref_y, hit_x - ref_x, k});
       }
     }
+    // The tracer's registers as a ray-by-ray loop leaves them: its last ray's.
+    if (last_k != 0) TraceWork(c, c.rays.PupilX[last_i], c.rays.PupilY[last_i], last_k, bfl);
     Require(sw != 0);
     const double cy = sy / sw, cx = sx / sw;
     Require(std::isfinite(cy) && std::isfinite(cx));
@@ -544,6 +634,8 @@ void EvaluateWavefront(ErrorContext& c, double bfl) {
   const std::size_t bound = 2 * 6 * (n + 1) + 3;
   std::vector<double> opd(bound), res_w(bound), residual(bound, 0.0);
   int m = 1;
+  WaveField last_f;
+  int last_k = 0;  // the wavelength of the last ray traced, 0 before any
   for (int field = 0; field < 2; ++field) {
     const int start = m;
     double so = 0, sw = 0;
@@ -551,15 +643,21 @@ void EvaluateWavefront(ErrorContext& c, double bfl) {
       if (!c.checked[k - 1]) continue;
       const double wl_weight = c.wlWeight[k - 1];
       const WaveField f = PrepareWaveField(c, c.fieldFrac[field], k, bfl);
+      double bundle_opd[kBundleLanes];
       for (int i = 1; i <= n; ++i) {
+        const int lane = (i - 1) % kBundleLanes;
+        if (lane == 0 && !c.rayByRay) OpdsOf(c, f, i, std::min(kBundleLanes, n + 1 - i), k, bundle_opd);
         const double w = wl_weight * c.rays.RayWeight[i];
-        opd[m] = OpdOf(c, f, c.rays.PupilX[i], c.rays.PupilY[i], k);
+        opd[m] = c.rayByRay ? OpdOf(c, f, c.rays.PupilX[i], c.rays.PupilY[i], k) : bundle_opd[lane];
         res_w[m] = w * c.fieldWeight[field];
         so += w * opd[m];
         sw += w;
         ++m;
       }
+      if (n >= 1 && !c.rayByRay) last_f = f, last_k = k;
     }
+    // The tracer's registers as a ray-by-ray loop leaves them: its last ray's.
+    if (last_k != 0) OpdOf(c, last_f, c.rays.PupilX[n], c.rays.PupilY[n], last_k);
     Require(sw != 0);
     const double mean = so / sw;
     Require(std::isfinite(mean));

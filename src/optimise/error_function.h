@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/design_state.h"
+#include "core/ray_bundle.h"
 #include "core/ray_tracer.h"
 
 namespace ovrin {
@@ -117,6 +118,8 @@ struct ErrorContext {
 
   DesignState work;
   Tracer tracer;
+  BundleTracer bundle;  // the same rays a bundle at a time, in the field of `tracer`
+  bool rayByRay = false;  // every ray through `tracer` alone: the reference the bundles are held to
   std::array<SurfTable, 7> index{};  // the evaluation's index sets, element 0 = 1
 
   ErrorMode mode = ErrorMode::Spot;

@@ -990,15 +990,24 @@ double RmsWavefront(const DesignState& d, const FamilySettings& s, double field,
     const double a = d.EntrBeamSemiDiam;
     const int n = 12;
     const double wk = CheckedWavelengths(d, s).size() > 1 ? std::max(1e-6f, d.WlWeight[k]) : 1.0;
-    for (int iy = -n; iy <= n; ++iy)
+    std::vector<double> xs, ys, vs;
+    for (int iy = -n; iy <= n; ++iy) {
+      xs.clear();
+      ys.clear();
       for (int ix = -n; ix <= n; ++ix) {
         const double px = a * (ix + 0.5) / n, py = a * (iy + 0.5) / n;
         if (px * px + py * py > a * a) continue;
-        const double v = e.RayOpd(px, py);
+        xs.push_back(px);
+        ys.push_back(py);
+      }
+      vs.resize(xs.size());
+      e.RayOpds(xs.data(), ys.data(), static_cast<int>(xs.size()), vs.data());
+      for (const double v : vs) {
         sum += wk * v;
         sum2 += wk * v * v;
         w += wk;
       }
+    }
   }
   if (w == 0) return std::numeric_limits<double>::infinity();
   const double mean = sum / w;

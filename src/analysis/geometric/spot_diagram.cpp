@@ -1,10 +1,13 @@
 #include "analysis/geometric/spot_diagram.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 #include "core/number_text.h"
 #include "core/optics_math.h"
+#include "core/ray_bundle.h"
 
 namespace ovrin {
 
@@ -115,8 +118,11 @@ SpotRun RunOf(const SpotSettings& s) {
 }
 
 // The standard trace of the pupil list for wavelength k: counts, stores and
-// lists the rays to plot.
-void TraceSpotBundle(const DesignState& d, Tracer& t, int k, const SpotRun& run, bool keep_stopped, SpotResult& r) {
+// lists the rays to plot. The rays go through the surfaces a bundle at a
+// time and are then taken in the order of the list; the first that failed
+// ends the drawing where the one-ray loop would have stopped.
+void TraceSpotBundle(const DesignState& d, BundleTracer& b, int k, const SpotRun& run, bool keep_stopped,
+                     SpotResult& r) {
   SurfaceLoopPolicy policy;
   policy.wavelength = k;
   policy.testAperture = true;
@@ -124,48 +130,59 @@ void TraceSpotBundle(const DesignState& d, Tracer& t, int k, const SpotRun& run,
   // The weight table is read at the wavelength's own number.
   const float weight = d.WlWeight[k];
   const int last = static_cast<int>(r.grid.PupilRayCount);
-  for (int i = 0; i <= last; ++i) {
-    t.RayX = r.grid.PupilX[i];
-    t.RayY = r.grid.PupilY[i];
-    t.RayZ = 0.0;
-    t.StartRay();
-    t.TraceSurfaces(policy);
-    const bool stopped = t.RayVignetted;
-    if (stopped) {
-      r.VignRays += 1;
-    } else {
-      r.GoodRays += 1;
+  for (int first = 0; first <= last; first += kBundleLanes) {
+    const int lanes = std::min(kBundleLanes, last + 1 - first);
+    b.StartRays(&r.grid.PupilX[first], &r.grid.PupilY[first], lanes);
+    b.TraceSurfaces(policy);
+    b.TraceToImage(run.actual_bfl, run.focal_radius);
+    for (int l = 0; l < lanes; ++l) {
+      // A ray that failed before the image plane is not counted; one that
+      // failed on it already was.
+      const bool failed = b.Failed[l] != 0;
+      if (failed && b.FailSurface[l] <= d.SurfCount) throw b.ErrorOf(l);
+      const bool stopped = b.Vignetted[l] != 0;
+      if (stopped) {
+        r.VignRays += 1;
+      } else {
+        r.GoodRays += 1;
+      }
+      if (failed) throw b.ErrorOf(l);
+      const double x = b.X[l], y = b.Y[l];
+      r.RayCounter += 1;
+      if (r.RayCounter == 1) {
+        r.SpotY[0] = y;
+        r.SpotX[0] = x;
+      }
+      if (!stopped) {
+        const int at = static_cast<int>(r.GoodRays);
+        if (at > kLastIndex) throw TraceError();
+        r.SpotY[at] = y;
+        r.SpotX[at] = x;
+        r.SpotWeight[at] = weight;
+        r.SpotWl[at] = static_cast<int8_t>(k);
+      }
+      if (!stopped || keep_stopped)
+        r.plotted.push_back({x - r.SpotX[0], y - r.SpotY[0], static_cast<int8_t>(k), stopped});
     }
-    t.TraceToImage(run.actual_bfl, run.focal_radius);
-    r.RayCounter += 1;
-    if (r.RayCounter == 1) {
-      r.SpotY[0] = t.RayY;
-      r.SpotX[0] = t.RayX;
-    }
-    if (!stopped) {
-      const int at = static_cast<int>(r.GoodRays);
-      if (at > kLastIndex) throw TraceError();
-      r.SpotY[at] = t.RayY;
-      r.SpotX[at] = t.RayX;
-      r.SpotWeight[at] = weight;
-      r.SpotWl[at] = static_cast<int8_t>(k);
-    }
-    if (!stopped || keep_stopped)
-      r.plotted.push_back({t.RayX - r.SpotX[0], t.RayY - r.SpotY[0], static_cast<int8_t>(k), stopped});
   }
 }
 
 // The trace and the statistics onto a result whose grid is built; its
 // `mirrored` says whether the system counts as centred in this drawing.
 void TraceAndMeasure(const DesignState& d, const SpotSettings& s, const SpotRun& run, SpotResult& r) {
-  std::fill(r.SpotY.begin(), r.SpotY.end(), 0.0);
-  std::fill(r.SpotX.begin(), r.SpotX.end(), 0.0);
+  // Only the entries the last trace wrote are cleared: it stored rays up to
+  // GoodRays (the mirrored half included), and a new result is all zeros.
+  const auto used = static_cast<std::ptrdiff_t>(std::min(static_cast<double>(r.GoodRays), double{kLastIndex})) + 1;
+  std::fill(r.SpotY.begin(), r.SpotY.begin() + used, 0.0);
+  std::fill(r.SpotX.begin(), r.SpotX.begin() + used, 0.0);
   r.plotted.clear();
+  const int checked = static_cast<int>(std::count(s.checked.begin(), s.checked.end(), true));
+  r.plotted.reserve(static_cast<std::size_t>(checked) * (static_cast<std::size_t>(r.grid.PupilRayCount) + 1));
   r.drawn = false;
   r.error.clear();
   const double ay = run.angle_y, ax = run.angle_x;
   const FieldDirection field = FieldDirectionOf(ay, ax);
-  Tracer t(d);
+  BundleTracer t(d);
   t.FieldCosZ = field.cosZ;
   t.FieldCosY = field.cosY;
   t.FieldCosX = field.cosX;

@@ -90,10 +90,11 @@ PupilSamples TracePupil(const DesignState& d, const OpdRun& run, int div, std::o
   p.W.assign(static_cast<size_t>(g.rows) * g.cols, 0.0);
   const int total = std::max(g.rows * g.cols, 1);
   int done = 0, last = -1;
+  std::vector<double> ys(g.cols);
   for (int i = 0; i < g.rows; ++i) {
-    const double y = g.Y(i);
+    std::fill(ys.begin(), ys.end(), g.Y(i));
+    e.RayOpds(g.colX.data(), ys.data(), g.cols, p.W.data() + static_cast<size_t>(i) * g.cols);
     for (int j = 0; j < g.cols; ++j) {
-      p.W[static_cast<size_t>(i) * g.cols + j] = e.RayOpd(g.X(j), y);
       ++done;
       if (progress) {
         const int percent = std::min(done * 100 / total, 100);

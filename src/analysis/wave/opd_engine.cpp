@@ -53,7 +53,7 @@ double ParaxialExitPupil(const DesignState& d, const SurfTable& index, double y1
 bool WavelengthInUse(const DesignState& d, int k) { return k == 1 || (k >= 2 && k <= 6 && d.IndexWl[k][1] != 0); }
 
 OpdEngine::OpdEngine(const DesignState& d, const OpdRun& run)
-    : design_(d), run_(run), tracer_(d), a_(d.EntrBeamSemiDiam) {
+    : design_(d), run_(run), tracer_(d), bundle_(d), a_(d.EntrBeamSemiDiam) {
   const int k = run.wavelength >= 1 && run.wavelength <= 6 ? run.wavelength : 1;
   if (run.indexTable) {
     n_ = *run.indexTable;
@@ -88,11 +88,38 @@ double OpdEngine::Start(double x, double y) {
 }
 
 double OpdEngine::ToSphere() {
-  Tracer& t = tracer_;
-  const double z_last = t.RayZ, cz_last = t.RayCosZ;
-  const double cx = t.RayCosX, cy = t.RayCosY, cz = t.RayCosZ;
-  const double x = t.RayX + (cx / cz) * (Zxp - z_last);
-  const double y = t.RayY + (cy / cz) * (Zxp - z_last);
+  const Tracer& t = tracer_;
+  const double ray[6] = {t.RayX, t.RayY, t.RayZ, t.RayCosX, t.RayCosY, t.RayCosZ};
+  return ToSphereOf(ray, true);
+}
+
+void OpdEngine::SphereDistances(const BundleTracer& b, double* len, int64_t* miss) const {
+  // ToSphereOf on every lane side by side, without its checks: miss is 1
+  // where it finds no root, 2 where L is not finite.
+  const double zs = Zs();
+  const bool plus = run_.actualBfl < Zxp;
+  for (int l = 0; l < kBundleLanes; ++l) {
+    const double z_last = b.Z[l], cz_last = b.CosZ[l];
+    const double cx = b.CosX[l], cy = b.CosY[l], cz = b.CosZ[l];
+    const double x = b.X[l] + (cx / cz) * (Zxp - z_last);
+    const double y = b.Y[l] + (cy / cz) * (Zxp - z_last);
+    const double qa = cx * cx + cy * cy + cz * cz;
+    const double qb = 2 * cx * (x - Xc) + 2 * cy * (y - Yc) - 2 * cz * zs;
+    const double qc = x * x + y * y - 2 * Yc * y - 2 * Xc * x;
+    const double disc = qb * qb - 4 * qa * qc;
+    const double root = std::sqrt(disc);
+    const double s = plus ? (-qb + root) / (2 * qa) : (-qb - root) / (2 * qa);
+    const double l_ray = (Zxp - z_last) / cz_last + s;
+    len[l] = l_ray;
+    miss[l] = disc < 0 ? 1 : (l_ray - l_ray == 0.0 ? 0 : 2);
+  }
+}
+
+double OpdEngine::ToSphereOf(const double ray[6], bool keep) {
+  const double z_last = ray[2], cz_last = ray[5];
+  const double cx = ray[3], cy = ray[4], cz = ray[5];
+  const double x = ray[0] + (cx / cz) * (Zxp - z_last);
+  const double y = ray[1] + (cy / cz) * (Zxp - z_last);
   const double zs = Zs();
   const double qa = cx * cx + cy * cy + cz * cz;
   const double qb = 2 * cx * (x - Xc) + 2 * cy * (y - Yc) - 2 * cz * zs;
@@ -104,9 +131,11 @@ double OpdEngine::ToSphere() {
   const double s = run_.actualBfl < Zxp ? (-qb + std::sqrt(disc)) / (2 * qa) : (-qb - std::sqrt(disc)) / (2 * qa);
   const double l = (Zxp - z_last) / cz_last + s;
   RequireFinite(l, image);
-  lastX = x, lastY = y, lastZ = z_last;
-  lastCosX = cx, lastCosY = cy, lastCosZ = cz;
-  lastS = s;
+  if (keep) {
+    lastX = x, lastY = y, lastZ = z_last;
+    lastCosX = cx, lastCosY = cy, lastCosZ = cz;
+    lastS = s;
+  }
   return l;
 }
 
@@ -184,6 +213,64 @@ double OpdEngine::RayOpdMm(double xg, double yg) {
 }
 
 double OpdEngine::RayOpd(double xg, double yg) { return RayOpdMm(xg, yg) / WaveLenMm; }
+
+void OpdEngine::RayOpds(const double* xg, const double* yg, int n, double* w) {
+  const DesignState& d = design_;
+  BundleTracer& b = bundle_;
+  b.FieldCosZ = tracer_.FieldCosZ, b.FieldCosY = tracer_.FieldCosY, b.FieldCosX = tracer_.FieldCosX;
+  b.ObjHeight = tracer_.ObjHeight;
+  const double limit = a_ * a_ + 0.0001;
+  // The tilt of the field's plane wave, the same for every point.
+  const double sin_y = std::sin(run_.fieldAngleY), sin_x = std::sin(run_.fieldAngleX);
+  double px[kBundleLanes], py[kBundleLanes], dist[kBundleLanes], len[kBundleLanes];
+  int64_t miss[kBundleLanes];
+  int j = 0;
+  while (j < n) {
+    // The next points inside the pupil, one to a lane; those outside are 0.
+    int lanes = 0, end = j;
+    for (; end < n && lanes < kBundleLanes; ++end) {
+      if (xg[end] * xg[end] + yg[end] * yg[end] > limit) continue;
+      px[lanes] = xg[end];
+      py[lanes] = yg[end];
+      ++lanes;
+    }
+    if (lanes > 0) {
+      b.StartRays(px, py, lanes);
+      for (int l = 0; l < lanes; ++l) {
+        // As Start: from the object point to where the ray starts on the first vertex plane.
+        const double dy = b.Y[l] - b.ObjHeight;
+        dist[l] = d.ObjDistance == 0 ? 0.0 : std::sqrt(b.X[l] * b.X[l] + dy * dy + d.ObjDistance * d.ObjDistance);
+      }
+      b.TraceSurfaces(rayPolicy_);
+      SphereDistances(b, len, miss);
+    }
+    for (int l = 0; j < end; ++j) {
+      if (xg[j] * xg[j] + yg[j] * yg[j] > limit) {
+        w[j] = 0;
+        continue;
+      }
+      const int lane = l++;
+      if (b.Failed[lane]) throw b.ErrorOf(lane);
+      if (b.Vignetted[lane]) {
+        w[j] = 0;
+        continue;
+      }
+      const double p = b.Path[lane];
+      if (miss[lane] != 0) {
+        // As ToSphere: the ray misses the reference sphere, or a value overflows.
+        throw TraceError(d.SurfCount + 1, miss[lane] == 1 ? TraceFault::MissedSurface : TraceFault::NonFinite);
+      }
+      double opd = (Pc - p) + n_[d.SurfCount] * (Lc - len[lane]);
+      if (d.ObjDistance == 0) {
+        if (run_.field) opd = opd - sin_y * yg[j] - sin_x * xg[j];
+      } else {
+        opd = opd + (Dc - dist[lane]);
+      }
+      RequireFinite(opd, d.SurfCount + 1);
+      w[j] = opd / WaveLenMm;
+    }
+  }
+}
 
 float AutoFocusOpd(const DesignState& d, int k, double bfl) {
   OpdRun run;

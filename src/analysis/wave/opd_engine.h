@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/design_state.h"
+#include "core/ray_bundle.h"
 #include "core/ray_tracer.h"
 
 namespace ovrin {
@@ -70,6 +71,11 @@ class OpdEngine {
   double RayOpd(double xg, double yg);
   // The same in millimetres, before the division by the wavelength.
   double RayOpdMm(double xg, double yg);
+  // RayOpd at n points in turn, w[j] for (xg[j], yg[j]), the same numbers;
+  // the rays go through the surfaces a bundle at a time. The first point whose
+  // ray fails throws as RayOpd would, the points before it having their
+  // values. The last* values below are RayOpd's alone.
+  void RayOpds(const double* xg, const double* yg, int n, double* w);
 
   // --- the chief reference ---
   double Zxp = 0;
@@ -93,11 +99,17 @@ class OpdEngine {
   double Start(double x, double y);
   // The carry to the exit pupil plane and the root on the sphere: L.
   double ToSphere();
+  // The same for a ray given as X, Y, Z, cosX, cosY, cosZ after the last
+  // surface; `keep` receives the values the focus fit reads.
+  double ToSphereOf(const double ray[6], bool keep);
+  // ToSphereOf for every lane of a bundle, its failures as codes (1: no root, 2: not finite).
+  void SphereDistances(const BundleTracer& b, double* len, int64_t* miss) const;
 
   const DesignState& design_;
   OpdRun run_;
   SurfTable n_;
   Tracer tracer_;
+  BundleTracer bundle_;
   SurfaceLoopPolicy chiefPolicy_, rayPolicy_;
   double a_ = 0;  // entrance beam half-diameter
 };

@@ -18,8 +18,11 @@ double Measure(const DesignState& d, const OpdRun& run, VersusMeasure m, const W
   OpdEngine e(d, run);
   e.ChiefReference();
   std::vector<double> w(static_cast<size_t>(g.rows) * g.cols);
-  for (int i = 0; i < g.rows; ++i)
-    for (int j = 0; j < g.cols; ++j) w[static_cast<size_t>(i) * g.cols + j] = e.RayOpd(g.X(j), g.Y(i));
+  std::vector<double> ys(g.cols);
+  for (int i = 0; i < g.rows; ++i) {
+    std::fill(ys.begin(), ys.end(), g.Y(i));
+    e.RayOpds(g.colX.data(), ys.data(), g.cols, w.data() + static_cast<size_t>(i) * g.cols);
+  }
   const WaveStats st = ComputeWaveStats(w);
   return m == VersusMeasure::Strehl ? st.Strehl : st.RMS;
 }

@@ -93,10 +93,12 @@ WavefrontResult ComputeWavefront(const DesignState& d, const WavefrontSettings& 
     r.W.assign(static_cast<size_t>(g.rows) * g.cols, 0.0);
     const int total = g.rows * g.cols;
     int done = 0, last_percent = -1;
+    std::vector<double> xs(g.colX), ys(g.cols), row(g.cols);
     for (int i = 0; i < g.rows; ++i) {
-      const double y = g.Y(i);
+      std::fill(ys.begin(), ys.end(), g.Y(i));
+      e.RayOpds(xs.data(), ys.data(), g.cols, row.data());
       for (int j = 0; j < g.cols; ++j) {
-        double w = e.RayOpd(g.X(j), y);
+        double w = row[j];
         if (s.reverse) w = -w;
         r.W[static_cast<size_t>(i) * g.cols + j] = w;
         ++done;
