@@ -84,3 +84,7 @@ std::vector<Command> ReportCommands();  // report, export-opd, sagitta, allowanc
 // Writes a picture to a file whose type comes from its extension (.png, .svg, .pdf).
 void WritePictureFile(const RecordingCanvas& picture, int width, int height, const std::string& path);
 }  // namespace ovrin::cli
+
+namespace ovrin::cli {
+std::vector<Command> GlassCommands();  // glass-diagram, glass-list, environment
+}  // namespace ovrin::cli

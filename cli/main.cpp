@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
       ReportCommands(),
       DiffractionCommands(),
       GeometricFamilyCommands(),
+      GlassCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {

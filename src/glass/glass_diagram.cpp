@@ -178,7 +178,15 @@ void DrawGlassDiagram(const GlassDiagramResult& r, const GlassDiagramSettings& s
     c.Text(m.x + 3 * dx, m.y - 1.5 * dy, m.row->name, ink);
   }
 
-  // The legend: one line per catalogue shown, at the upper right.
+  // The legend: one line per catalogue shown, at the upper right, on its own ground.
+  int shown = 0;
+  for (bool on : s.catalogues) shown += on ? 1 : 0;
+  if (shown > 0) {
+    const double l = box.right - 0.175 * w, r = box.right - 0.005 * w;
+    const double t = box.top - 0.005 * h, b = box.top - (0.02 + 0.045 * shown) * h;
+    c.Polygon({{l, t}, {r, t}, {r, b}, {l, b}}, back);
+    c.Polyline({{l, t}, {r, t}, {r, b}, {l, b}, {l, t}}, style.grid, 1);
+  }
   double ly = box.top - 0.03 * h;
   for (int ci = 0; ci < kCatalogueCount; ++ci) {
     if (!s.catalogues[static_cast<std::size_t>(ci)]) continue;
