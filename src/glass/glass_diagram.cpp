@@ -160,7 +160,9 @@ void DrawGlassDiagram(const GlassDiagramResult& r, const GlassDiagramSettings& s
     }
     if (inside.size() >= 2) {
       c.Polyline({inside.front(), inside.back()}, {120, 120, 120}, 1);
-      c.Text(inside.back().x, inside.back().y + 0.035 * h, "normal line", {120, 120, 120});
+      // The name two thirds up the line, clear of the axis numbers.
+      const PlotPoint& at = inside[inside.size() * 2 / 3];
+      c.Text(at.x, at.y + 0.06 * h, "normal line", {120, 120, 120});
     }
   }
 

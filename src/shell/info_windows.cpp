@@ -382,6 +382,52 @@ const Chapter kChapters[] = {
      "thickness</b> adds the shift to the last surface's thickness in the grid, after a question, and puts "
      "the new image distance into <b>Actual B.F.L.</b>; the next system update sets the last thickness to "
      "0 again, as it always does. The graph is the RMS spot radius through focus.</p>"},
+    {"GlassDiagrams", "Glass diagrams",
+     "<h3>Glass diagrams</h3><p>Every glass of the checked catalogues, each catalogue in its own colour, "
+     "placed by numbers computed from the glass' own dispersion formula. <b>Nd-Vd Diagram</b>: the index "
+     "n<sub>d</sub> against the Abbe number v<sub>d</sub> = (n<sub>d</sub> - 1) / (n<sub>F</sub> - "
+     "n<sub>C</sub>), with v<sub>d</sub> falling to the right as the glass makers draw it: crowns on the "
+     "left, flints on the right. <b>Relative Partial Dispersion Diagram</b>: P<sub>g,F</sub> = "
+     "(n<sub>g</sub> - n<sub>F</sub>) / (n<sub>F</sub> - n<sub>C</sub>) against v<sub>d</sub>, with the "
+     "normal line P<sub>g,F</sub> = 0.6438 - 0.001682 v<sub>d</sub> through the reference crown K7 and "
+     "flint F2. <b>P - P Diagram</b>: P<sub>g,F</sub> against P<sub>C,t</sub> (t = 1.014 &micro;m). "
+     "</p><p>Most glasses lie near the normal line; an achromat of two of them leaves the secondary "
+     "spectrum that the slope of the line gives. The secondary spectrum of a pair is in proportion to the "
+     "slope of the straight line joining their two points: for an apochromat choose two glasses far "
+     "apart in v<sub>d</sub> with nearly equal P<sub>g,F</sub>, such as a fluor crown well above the "
+     "normal line (N-FK51A, S-FPL53) with a short flint or a lanthanum crown.</p><p>Point at a glass: the line under the catalogues reads its name, n<sub>d</sub>, "
+     "v<sub>d</sub> and partial dispersions. Click it: the text pane gives its formula, coefficients, "
+     "indices at the lines, its offset from the normal line, density, expansion and dn/dT constants, and "
+     "the picture marks it. To compare with a maker's data sheet, read n<sub>d</sub> and v<sub>d</sub> "
+     "there: they agree to the last digit the formula holds (a few units of the fifth decimal). "
+     "<b>Glass names</b> writes each name beside its mark. Print and Save work as in every analysis "
+     "window.</p>"},
+    {"GlassCatalog", "Glass catalogue",
+     "<h3>Glass catalogue</h3><p>The chosen catalogue as a table: name, n<sub>d</sub>, v<sub>d</sub>, "
+     "P<sub>g,F</sub>, the index at the wavelength typed in <b>Index at</b> (microns), the formula "
+     "(Sellmeier, or the Schott power series) with its six coefficients in stored order (B1 B2 B3 C1 C2 "
+     "C3, or A0 A2 A4 A1 A3 A5), the density in g/cm&sup3; and the expansion in 10<sup>-6</sup>/K. "
+     "<b>Search</b> keeps the glasses whose name contains the text typed, in any case. Click a column's "
+     "head to sort by it; click a glass to see all its data below the table. A glass without a "
+     "published formula is listed but cannot be used. <b>Save as text</b> writes the table as shown, one "
+     "glass a line, the columns separated by tabs.</p>"},
+    {"Environment", "Environmental analysis",
+     "<h3>Environmental analysis</h3><p>Opened with <b>Analysis...</b> in Edit, Environmental Conditions, "
+     "at the temperature and pressure typed there. It compares the design at its own conditions (those "
+     "it was computed for, shown at the top) with the actual ones, without changing the design: "
+     "</p><ul><li>the relative index of every glass space at every wavelength in use, computed exactly "
+     "as OK in the dialog would set it: SCHOTT and OHARA glasses by the makers' dn/dT formula and the "
+     "index of air (lower pressure, thinner air: every index against air rises); glasses of the other "
+     "catalogues, marked *, keep their catalogue index;</li><li>the focal length and the back focus "
+     "(from the last surface) by a paraxial trace at each wavelength, and the focus shift, the change of "
+     "the back focus.</li></ul><p>With <b>Lenses grow with their glass</b> the radii and thicknesses of "
+     "the lenses follow the glass' expansion. <b>Mirror blanks</b> and <b>Tube</b> are the expansions of "
+     "the mirror material and of the tube that holds the air spaces, in 10<sup>-6</sup>/K (Pyrex 3.3, "
+     "Zerodur 0.05, steel 12, aluminium 23); 0 keeps them as they are. A mirror telescope whose mirror "
+     "and tube are of one material only scales: its focus moves with the tube. To check the result at "
+     "the telescope: focus on a star in the cold night, note the focuser's position, and compare the "
+     "change with the one at the temperature of the evening; the table's focus shift is the change of "
+     "back focus that the focuser must follow.</p>"},
 };
 
 }  // namespace
