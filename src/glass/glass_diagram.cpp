@@ -30,6 +30,8 @@ void RoundRange(double lo, double hi, double step, double& out_lo, double& out_h
   if (out_hi - out_lo < step) out_hi = out_lo + step;
 }
 
+constexpr Rgb kNormalLineColor{120, 120, 120};
+
 }  // namespace
 
 GlassDispersion DispersionOf(const GlassRow& row) {
@@ -158,12 +160,7 @@ void DrawGlassDiagram(const GlassDiagramResult& r, const GlassDiagramSettings& s
       const PlotPoint p{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
       if (p.y >= std::min(box.top, box.bottom) && p.y <= std::max(box.top, box.bottom)) inside.push_back(p);
     }
-    if (inside.size() >= 2) {
-      c.Polyline({inside.front(), inside.back()}, {120, 120, 120}, 1);
-      // The name two thirds up the line, clear of the axis numbers.
-      const PlotPoint& at = inside[inside.size() * 2 / 3];
-      c.Text(at.x, at.y + 0.06 * h, "normal line", {120, 120, 120});
-    }
+    if (inside.size() >= 2) c.Polyline({inside.front(), inside.back()}, kNormalLineColor, 1);
   }
 
   // A small cross per glass, in its catalogue's colour.
@@ -181,7 +178,7 @@ void DrawGlassDiagram(const GlassDiagramResult& r, const GlassDiagramSettings& s
   }
 
   // The legend: one line per catalogue shown, at the upper right, on its own ground.
-  int shown = 0;
+  int shown = r.normal_line.empty() ? 0 : 1;
   for (bool on : s.catalogues) shown += on ? 1 : 0;
   if (shown > 0) {
     const double l = box.right - 0.175 * w, r = box.right - 0.005 * w;
@@ -197,6 +194,11 @@ void DrawGlassDiagram(const GlassDiagramResult& r, const GlassDiagramSettings& s
     c.Line(lx, ly - 0.012 * h, lx + 0.03 * w, ly - 0.012 * h, CatalogueColor(cat), 2);
     c.Text(lx + 0.04 * w, ly, CatalogueName(cat), CatalogueColor(cat));
     ly -= 0.045 * h;
+  }
+  if (!r.normal_line.empty()) {
+    const double lx = box.right - 0.16 * w;
+    c.Line(lx, ly - 0.012 * h, lx + 0.03 * w, ly - 0.012 * h, kNormalLineColor, 1);
+    c.Text(lx + 0.04 * w, ly, "normal line", kNormalLineColor);
   }
 }
 
