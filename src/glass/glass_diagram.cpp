@@ -203,6 +203,7 @@ void DrawGlassDiagram(const GlassDiagramResult& r, const GlassDiagramSettings& s
 }
 
 int GlassNear(const GlassDiagramResult& r, double x, double y, double x_tol, double y_tol) {
+  if (!(x_tol > 0) || !(y_tol > 0)) return -1;
   int best = -1;
   double best_d = 1.0;  // within the tolerance ellipse
   for (std::size_t i = 0; i < r.glasses.size(); ++i) {

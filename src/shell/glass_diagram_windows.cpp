@@ -98,6 +98,8 @@ GlassDiagramWindow::GlassDiagramWindow(MainWindow& main, GlassDiagramKind kind)
   pointer_->setMinimumHeight(3 * pointer_->fontMetrics().height());
   panel_->addWidget(pointer_, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
+  // The marks and the ink follow the background at once.
+  connect(backColor_, &QComboBox::currentIndexChanged, this, [this] { Redraw(); });
   plot_->setMouseTracking(true);
   plot_->installEventFilter(this);
   // The maps need no design: they are drawn at once.
