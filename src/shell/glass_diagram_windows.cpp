@@ -15,6 +15,9 @@
 #include <QMdiSubWindow>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QTextDocument>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -234,10 +237,12 @@ GlassDataWindow::GlassDataWindow(MainWindow& main) : main_(main) {
   top->addWidget(new QLabel("Index at (um)", this));
   top->addWidget(wavelength_);
 
+  QPushButton* print = NamedButton("Print", "&Print", this);
   QPushButton* saveText = NamedButton("CmdSaveText", "Save as &text", this);
   QPushButton* help = NamedButton("Help", "&Help", this);
   QPushButton* exit = NamedButton("Exit", "&Exit", this);
   auto* buttons = new QHBoxLayout;
+  buttons->addWidget(print);
   buttons->addWidget(saveText);
   buttons->addStretch(1);
   buttons->addWidget(help);
@@ -255,6 +260,14 @@ GlassDataWindow::GlassDataWindow(MainWindow& main) : main_(main) {
   connect(table_, &QTableWidget::itemSelectionChanged, this, [this] { ShowSelected(); });
   connect(help, &QPushButton::clicked, this, [this] { main_.OpenHelp("GlassCatalog"); });
   connect(exit, &QPushButton::clicked, this, [this] { CloseFrame(this); });
+  connect(print, &QPushButton::clicked, this, [this] {
+    if (!AskYesNo(this, "Do you want to print this window?", windowTitle())) return;
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setPageOrientation(QPageLayout::Landscape);
+    QPrintDialog dialog(&printer, this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    if (!PrintTo(printer)) Tell(this, "Print Error!");
+  });
   connect(saveText, &QPushButton::clicked, this, [this] {
     QString path = QFileDialog::getSaveFileName(this, "Save as Text", QString(), "Text (*.txt)");
     if (path.isEmpty()) return;
@@ -321,9 +334,7 @@ void GlassDataWindow::ShowSelected() {
   }
 }
 
-bool GlassDataWindow::SaveTextTo(const QString& path) const {
-  QFile file(path);
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Truncate)) return false;
+QString GlassDataWindow::TableText() const {
   QString out = catalogue_->currentText() + "\n";
   for (int c = 0; c < kGlassColumns - 1; ++c) out += (c ? "\t" : "") + table_->horizontalHeaderItem(c)->text();
   out += "\n";
@@ -334,8 +345,37 @@ bool GlassDataWindow::SaveTextTo(const QString& path) const {
     }
     out += "\n";
   }
-  const QByteArray bytes = out.toUtf8();
+  return out;
+}
+
+bool GlassDataWindow::SaveTextTo(const QString& path) const {
+  QFile file(path);
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Truncate)) return false;
+  const QByteArray bytes = TableText().toUtf8();
   return file.write(bytes) == bytes.size();
+}
+
+bool GlassDataWindow::PrintTo(QPrinter& printer) const {
+  // A plain table in a small type: every glass on as many pages as it takes.
+  QString html = "<h3>" + catalogue_->currentText().toHtmlEscaped() + "</h3>";
+  html += "<table cellspacing='0' cellpadding='2' style='font-size:7pt'><tr>";
+  for (int c = 0; c < kGlassColumns - 1; ++c)
+    html += "<th align='left'>" + table_->horizontalHeaderItem(c)->text().toHtmlEscaped() + "</th>";
+  html += "</tr>";
+  for (int r = 0; r < table_->rowCount(); ++r) {
+    html += "<tr>";
+    for (int c = 0; c < kGlassColumns - 1; ++c) {
+      const QTableWidgetItem* item = table_->item(r, c);
+      html += QString("<td align='%1'>").arg(c == 0 || c == 5 ? "left" : "right") +
+              (item ? item->text().toHtmlEscaped() : QString()) + "</td>";
+    }
+    html += "</tr>";
+  }
+  html += "</table>";
+  QTextDocument doc;
+  doc.setHtml(html);
+  doc.print(&printer);
+  return printer.printerState() != QPrinter::Error;
 }
 
 // ---------------------------------------------------------------------------

@@ -15,6 +15,7 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
+class QPrinter;
 class QTableWidget;
 
 namespace ovrin::shell {
@@ -54,8 +55,11 @@ class GlassDataWindow : public QWidget {
   void Fill();
   QTableWidget* table() const { return table_; }
   bool SaveTextTo(const QString& path) const;
+  // The whole table as shown (every row, in its order) on printer pages.
+  bool PrintTo(QPrinter& printer) const;
 
  private:
+  QString TableText() const;
   void ShowSelected();
   MainWindow& main_;
   QComboBox* catalogue_ = nullptr;

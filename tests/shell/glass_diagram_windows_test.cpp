@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
+#include <QPrinter>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -149,6 +150,12 @@ class GlassDiagramWindowsTest : public QObject {
     QFile f(dir.filePath("ohara.txt"));
     QVERIFY(f.open(QIODevice::ReadOnly));
     QCOMPARE(f.readAll().count('\n'), 142);
+    // The whole table printed, as a PDF here.
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(dir.filePath("ohara.pdf"));
+    QVERIFY(w->PrintTo(printer));
+    QVERIFY(QFileInfo(dir.filePath("ohara.pdf")).size() > 1000);
   }
 
   void environmentFromTheConditionsDialog() {
