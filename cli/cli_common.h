@@ -87,4 +87,6 @@ void WritePictureFile(const RecordingCanvas& picture, int width, int height, con
 
 namespace ovrin::cli {
 std::vector<Command> GlassCommands();  // glass-diagram, glass-list, environment
+std::vector<Command> DrawingCommands();  // layout3d, element, solve-contact
+std::vector<Command> MakerCommands();  // interferogram, ronchigram, foucault, star-test
 }  // namespace ovrin::cli

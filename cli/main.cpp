@@ -42,6 +42,8 @@ int main(int argc, char** argv) {
       DiffractionCommands(),
       GeometricFamilyCommands(),
       GlassCommands(),
+      DrawingCommands(),
+      MakerCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {

@@ -428,6 +428,91 @@ const Chapter kChapters[] = {
      "the telescope: focus on a star in the cold night, note the focuser's position, and compare the "
      "change with the one at the temperature of the evening; the table's focus shift is the change of "
      "back focus that the focuser must follow.</p>"},
+    {"Layout3D", "3D layout",
+     "<h3>3D layout</h3><p>The design in three dimensions: lenses shaded in blue and closed by their rims, "
+     "mirrors in grey, obstructions in red, the image plane as a square, and rays of wavelength 1 at three "
+     "fields (green on axis, blue at 0.7, red at the full field), a meridional fan and, with <b>Sagittal rays "
+     "too</b>, a sagittal one. Tilted and decentered surfaces stand where the ray trace finds them: a tilted "
+     "flat folds the axis, and a decenter moves what follows, as it does for the rays. Press <b>Update</b>, "
+     "then drag the picture with the left button to turn the design (across turns it about the vertical, up "
+     "and down tilts it), or use the three rotation sliders; the wheel or the <b>Zoom</b> slider enlarges. "
+     "<b>Side view</b> shows the 2D layout's view. The small axes at the lower left show which way X, Y and Z "
+     "point. To check a folded design, compare the place of the focus with the tube you mean to build; "
+     "Print and Save work as in every window. A design the drawing cannot follow gives \"ERROR! ?\".</p>"},
+    {"ElementDrawing", "Element drawing",
+     "<h3>Element drawing</h3><p>The workshop sheet of one element, chosen in the <b>Element</b> list: a lens "
+     "(two faces with glass between them) or a mirror on its blank. The section is drawn to a standard scale "
+     "(given in the title block) on an A4 landscape sheet, the light coming from the left, with the diameter "
+     "(D), the centre thickness on the axis (CT) and the edge thickness at the rim (ET). The table gives the "
+     "glass, each face's radius (convex or concave as seen from outside the part), clear diameter, conic and "
+     "high-order terms, and its sag at the edge, and the volume. A face smaller than the part is carried flat "
+     "out to the rim. A mirror's blank is a sixth of its diameter thick at the centre unless you type "
+     "another in <b>Mirror blank</b>.</p><p>To compare with the real part: the edge thickness is what a "
+     "micrometer reads at the rim, and the sag at the edge is what a spherometer or a depth gauge reads over "
+     "the full clear diameter; both follow from the radii and the centre thickness. <b>Print sheet (A4)</b> "
+     "prints the sheet over the whole A4 page, so that a rule laid on the print measures true at the stated "
+     "scale; <b>Save sheet</b> writes it as PDF or SVG (an A4 page) or PNG.</p>"},
+    {"SolveContact", "Solve for edge contact",
+     "<h3>Solve for edge contact</h3><p>Choose a surface and the contact half-diameters on it and on the "
+     "next surface (the half-diameters of the table are offered). <b>Solve</b> shows the thickness after "
+     "the surface that brings the two rims together, from the sag of each surface at its half-diameter: "
+     "thickness = sag of the first - sag of the second. <b>OK</b> writes it into the table and runs the "
+     "system update, as every edit does. Use it for air-spaced lenses that rest on each other at their "
+     "edges, or for the rim of a cemented pair. When the faces would cross inside the rim (two faces bulging "
+     "towards each other) a warning says where, and the thickness is written only if you confirm: such a "
+     "pair touches at the centre, not at the edge, and needs a spacer.</p>"},
+    {"Interferogram", "Interferogram",
+     "<h3>Interferogram</h3><p>The fringes an interferometer shows of the design's wave front for the "
+     "chosen wavelength and field at the <b>Actual B.F.L.</b>. The wave front is traced on the pupil grid "
+     "and turned into the waves of the <b>Test wavelength</b> (0.6328 micron is the helium-neon laser); "
+     "<b>Double pass</b> doubles it, as when the light goes through the optics and back (an optical flat "
+     "behind a telescope, or a mirror tested at its centre of curvature). <b>Tilt X</b> and <b>Tilt Y</b> "
+     "add straight fringes across the pupil diameter, <b>Defocus</b> adds circular ones (waves at the "
+     "edge), as turning the reference mirror or moving the focus does at the bench. <b>P-V</b> and "
+     "<b>RMS</b> are of the design's own wave front in test waves; <b>Fringes</b> is the peak-to-valley of "
+     "what is shown, the number of fringes to count.</p><p>To compare with a real interferogram, set the "
+     "same test wavelength and pass, then add tilt until the fringe count and direction match your "
+     "picture: straight, evenly spaced fringes mean a perfect wave front; fringes that bend by a fraction "
+     "of their spacing show that fraction of a wave of error (times two in double pass is already "
+     "included). Samples where no light arrives (an obstruction, a vignetted ray) stay black.</p>"},
+    {"Ronchigram", "Ronchigram",
+     "<h3>Ronchigram</h3><p>The bands a Ronchi grating shows, computed from real rays: each point of the "
+     "picture is a point of the pupil, light where its ray passes through a clear slit of the grating, "
+     "dark where it meets a line. The grating has the given number of lines per inch or per millimetre, "
+     "a slit centred on the axis, and stands at <b>Distance</b> from the focus (positive outside, further "
+     "along the light; negative inside).</p><p><b>System at its focus</b>: a star on the axis seen through "
+     "the whole telescope, the grating near the focus at the <b>Actual B.F.L.</b>. A perfect system gives "
+     "straight, evenly spaced bands; bands that bow show spherical aberration.</p><p><b>Mirror at its "
+     "centre of curvature</b>: the usual bench test of the chosen mirror alone, light source and grating "
+     "together near its centre, the light reflected once (the rays cross the grating on their way back). "
+     "A sphere gives straight bands; a paraboloid gives bands that bow outwards inside the centre and "
+     "inwards outside it, more strongly towards the edge. Set the same grating and distance as at your "
+     "bench: the number of bands (<b>Bands across</b>) and their curvature should match the grating in "
+     "front of your eye.</p>"},
+    {"Foucault", "Foucault test",
+     "<h3>Foucault test</h3><p>The knife-edge test of the chosen mirror at its centre of curvature. The "
+     "picture is the mirror seen past a knife that cuts the returning light from the left, at <b>Knife</b> "
+     "millimetres behind the centre of curvature of the mirror's middle (and <b>Knife side</b> across). "
+     "The slit's width sets how soft the shades are. A sphere darkens evenly all over when the knife is "
+     "at its centre; a paraboloid shows its doughnut, and the zone whose reading the knife stands at "
+     "turns an even grey on both sides.</p><p>The table lists the zones of a Couder mask of equal areas, "
+     "and for each the knife position where it goes grey, measured from the centre of curvature of the "
+     "middle: h<sup>2</sup>/2R for a paraboloid with the source moving with the knife (as in most testers), "
+     "about h<sup>2</sup>/R with a fixed source. Type the readings you took, one per zone, into "
+     "<b>Readings</b> (any common zero will do: the focus is fitted out) and press Update: the table "
+     "adds the differences and the resulting wave-front error of each zone, with the P-V, RMS and Strehl "
+     "of the mirror at its focus, in waves of the given wavelength.</p>"},
+    {"StarTest", "Star test",
+     "<h3>Star test</h3><p>The image of a star a little inside and a little outside the focus, side by "
+     "side, as diffraction forms them: the wave front at the <b>Actual B.F.L.</b> with <b>Defocus</b> "
+     "waves of focus taken away and added, through the Fourier transform. A perfect system gives two "
+     "identical discs with the same rings; spherical aberration makes them differ: under-correction "
+     "gathers the light into the outer ring inside focus and softens the edge outside it, over-correction "
+     "the other way round. Astigmatism makes the discs oval at right angles to each other. The secondary "
+     "mirror's shadow and the spider show as they do in the eyepiece.</p><p>To compare with the sky, "
+     "rack the eyepiece the same distance both ways: a defocus of d waves is a focus shift of about "
+     "8 N<sup>2</sup> d wavelengths at f/N. <b>Intra / extra difference</b> is the share of the light that "
+     "differs between the two pictures. Larger defocus needs a finer grid (at most grid / 8 waves).</p>"},
 };
 
 }  // namespace

@@ -30,8 +30,10 @@
 #include "shell/wave_windows.h"
 #include "shell/report_windows.h"
 #include "shell/diffraction_windows.h"
+#include "shell/drawing_windows.h"
 #include "shell/widgets_util.h"
 #include "shell/glass_diagram_windows.h"
+#include "shell/maker_windows.h"
 
 namespace ovrin::shell {
 
@@ -103,6 +105,10 @@ void MainWindow::BuildWindows() {
   windows_["FrmZernike"] = child([this] { return new ZernikeWindow(*this); });
   for (const auto& [name, kind] : FamilyWindows())
     windows_[Q(name)] = child([this, kind = kind] { return new FamilyWindow(*this, kind); });
+  windows_["FrmInterferogram"] = child([this] { return new InterferogramWindow(*this); });
+  windows_["FrmRonchi"] = child([this] { return new RonchiWindow(*this); });
+  windows_["FrmFoucault"] = child([this] { return new FoucaultWindow(*this); });
+  windows_["FrmStarTest"] = child([this] { return new StarTestWindow(*this); });
   windows_["Frmnumsup"] = modal([this] { return new NewDesignDialog(*this); });
   windows_["FrmInsert"] = modal([this] { return new InsertDialog(*this); });
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
@@ -121,6 +127,9 @@ void MainWindow::BuildWindows() {
     windows_[PickerWindowName(c)] = modal([this, c] { return new GlassPicker(*this, c, 1); });
   windows_["FrmDirect"] = modal([this] { return new DirectIndexDialog(*this, 1); });
   windows_["frmSurface"] = modal([this] { return new SurfaceDialog(*this, 1, true); });
+  windows_["Frmlayout3D"] = child([this] { return new Layout3DWindow(*this); });
+  windows_["FrmVolume"] = child([this] { return new ElementWindow(*this); });
+  windows_["FrmSolve"] = modal([this] { return new SolveContactDialog(*this); });
 }
 
 MainWindow::~MainWindow() {
@@ -291,6 +300,7 @@ void MainWindow::BuildMenus() {
   add_all(anl, {{"MnuAnlInterferogram", "Interferogram", "FrmInterferogram"},
                 {"MnuAnlRonchiGram", "RonchiGram", "FrmRonchi"},
                 {"MnuZernike", "Zernike Analysis", "FrmZernike"}});
+  add_all(anl, {{"MnuAnlFoucault", "Foucault Test", "FrmFoucault"}, {"MnuAnlStarTest", "Star Test", "FrmStarTest"}});
   QMenu* eep = anl->addMenu("Energy Plot ");
   eep->setObjectName("MnuAnlEEP");
   add_all(eep, {{"MnuAnlEEPGeo", "Geometrical  ", "Frmeep"}, {"MnuAnlEEPDiff", "Diffraction   ", "FrmEEPDiff"}});
