@@ -89,4 +89,5 @@ namespace ovrin::cli {
 std::vector<Command> GlassCommands();  // glass-diagram, glass-list, environment
 std::vector<Command> DrawingCommands();  // layout3d, element, solve-contact
 std::vector<Command> MakerCommands();  // interferogram, ronchigram, foucault, star-test
+std::vector<Command> ImageQualityCommands();  // diffraction-energy, colour-image, multi-analysis, ghosts
 }  // namespace ovrin::cli

@@ -44,6 +44,7 @@ int main(int argc, char** argv) {
       GlassCommands(),
       DrawingCommands(),
       MakerCommands(),
+      ImageQualityCommands(),
   };
   for (const auto& table : tables) {
     for (const Command& c : table) {

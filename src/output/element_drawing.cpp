@@ -241,7 +241,7 @@ void DashedLine(Canvas& c, double x1, double y1, double x2, double y2, Rgb color
 }  // namespace
 
 void DrawElement(const ElementDrawing& e, Canvas& c) {
-  c.Window(0, kSheetHeight, kSheetWidth, 0);
+  c.Window(0, kElementSheetHeight, kElementSheetWidth, 0);
   c.Clear({255, 255, 255});
   // The frame of the sheet and the title block.
   const std::vector<PlotPoint> frame{{10, 10}, {287, 10}, {287, 200}, {10, 200}, {10, 10}};

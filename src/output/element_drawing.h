@@ -13,7 +13,7 @@
 namespace ovrin {
 
 // The sheet, in millimetres of paper.
-inline constexpr double kSheetWidth = 297, kSheetHeight = 210;
+inline constexpr double kElementSheetWidth = 297, kElementSheetHeight = 210;
 
 struct ElementSettings {
   int surface = 1;         // any face of the element (the first face of a lens wins)

@@ -43,7 +43,7 @@ FrameOptions Layout3DFrame() {
 
 FrameOptions ElementFrame() {
   FrameOptions o;
-  o.plot_aspect = kSheetWidth / kSheetHeight;
+  o.plot_aspect = kElementSheetWidth / kElementSheetHeight;
   o.panes = {"Picture1"};
   o.wavelengths = FrameOptions::Wavelengths::None;
   o.focus_controls = false;
@@ -248,7 +248,7 @@ ElementWindow::ElementWindow(MainWindow& main)
   panel_->addWidget(note, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
   // The sheet's lettering keeps its proportion from this width on.
-  plot_->setMinimumSize(760, static_cast<int>(760 * kSheetHeight / kSheetWidth));
+  plot_->setMinimumSize(760, static_cast<int>(760 * kElementSheetHeight / kElementSheetWidth));
   auto again = [this] {
     if (computed_) Recompute();
   };

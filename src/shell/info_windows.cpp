@@ -513,6 +513,49 @@ const Chapter kChapters[] = {
      "rack the eyepiece the same distance both ways: a defocus of d waves is a focus shift of about "
      "8 N<sup>2</sup> d wavelengths at f/N. <b>Intra / extra difference</b> is the share of the light that "
      "differs between the two pictures. Larger defocus needs a finer grid (at most grid / 8 waves).</p>"},
+    {"EEPDiff", "Diffraction encircled energy",
+     "<h3>Diffraction encircled energy</h3><p>The fraction of the light of one star image within a circle "
+     "of growing radius, centred on the chief ray, taken from the diffraction point spread function (the "
+     "FFT of the pupil of the chosen wavelength, <b>Pupil grid</b> samples across). The circle is "
+     "integrated exactly between the samples, so small radii are as good as large ones. Red is the design, "
+     "black a perfect clear circular aperture of the same focal ratio, 1 - J0(v)&sup2; - J1(v)&sup2; with "
+     "v = &pi; r / (&lambda; N): 83.8 % within its first dark ring (1.22 &lambda; N, the blue line), "
+     "91 % within the second. <b>Radius (dark rings)</b> sets how far the curve runs. A central "
+     "obstruction moves light from the core into the rings: a quarter of the diameter leaves about 72 % "
+     "in the first dark ring even when the optics are perfect.</p><p>Comparing with the real telescope: "
+     "the energy in the first ring is what a photometer or a CCD sees through an aperture of that size, "
+     "and the 80 % radius tells the pixel size that catches most of a star.</p>"},
+    {"VisualPSF", "Simulated colour image of a star",
+     "<h3>Simulated colour image of a star</h3><p>What the eye sees at high power on a star: the "
+     "diffraction image of every checked wavelength, each scaled to its own size (the Airy disc grows "
+     "with the wavelength), weighted by its weight and tinted with the colour of that wavelength, added "
+     "on a black sky. <b>Width</b> is the side of the picture in microns (0: twelve dark rings of the "
+     "longest wavelength); <b>Brightness</b> lifts the faint rings as the eye does (Linear shows the "
+     "intensity itself).</p><p>Comparing with the real star test: an achromat shows a green-yellow core "
+     "in a purple or red halo (the secondary spectrum); a mirror shows white rings; an undercorrected lens "
+     "shows a blue or red fringe that changes from one side of focus to the other. Set the focus in "
+     "<b>Actual B.F.L.</b> and compare with the eyepiece view.</p>"},
+    {"MultiAnl", "Multi-analysis plot",
+     "<h3>Multi-analysis plot</h3><p>One page holding the layout, the spot on axis and at the full "
+     "field (both at one scale, the checked wavelengths), the ray fans on axis and at the full field, "
+     "the diffraction MTF on axis and at the full field, and the numbers: focal length, focal ratio, "
+     "back focus, the RMS spot radii and the wave front's P-V, RMS and Strehl ratio on axis and at the "
+     "full field of the chosen wavelength. A part that cannot be computed says so and leaves the others. "
+     "<b>Print the sheet</b> prints the page alone, fitted to one sheet of paper: print one for each "
+     "design and lay them side by side.</p>"},
+    {"Ghost", "Ghost analysis",
+     "<h3>Ghost analysis</h3><p>Light reflected back by one refracting surface and forward again by an "
+     "earlier one reaches the image as a faint second image. For every pair of refracting surfaces "
+     "(mirrors and obstructions make none here) the near-axis marginal ray is followed through the two "
+     "reflections to the image space: the ghost's focus measured from the image plane (negative before it), "
+     "the diameter of its disc on the image plane, and its energy, the product of the two reflectances "
+     "(bare glass: ((n' - n) / (n' + n))&sup2;, about 4 % for crown glass; <b>Reflectance</b> sets one "
+     "value in percent for coated surfaces). The list is sorted by brightness: the ghost's energy spread "
+     "over its disc, against a perfect star image spread over its Airy disc. A ghost that focuses near the "
+     "image with a small disc is the one that shows; the plot puts each pair at its focus and its "
+     "brightness (log scale).</p><p>Comparing with the real telescope: a bright star just outside the "
+     "field, or the Moon, shows the worst ghosts as rings or spots around the image; a ghost close to "
+     "focus shows as a small out-of-focus star.</p>"},
 };
 
 }  // namespace

@@ -34,6 +34,7 @@
 #include "shell/widgets_util.h"
 #include "shell/glass_diagram_windows.h"
 #include "shell/maker_windows.h"
+#include "shell/image_quality_windows.h"
 
 namespace ovrin::shell {
 
@@ -103,6 +104,10 @@ void MainWindow::BuildWindows() {
   windows_["FrmMTFfield"] = child([this] { return new MtfWindow(*this); });
   windows_["FrmMTFtfocus"] = child([this] { return new MtfFocusWindow(*this); });
   windows_["FrmZernike"] = child([this] { return new ZernikeWindow(*this); });
+  windows_["FrmEEPDiff"] = child([this] { return new EnergyWindow(*this); });
+  windows_["FrmVisualPSF"] = child([this] { return new ColourImageWindow(*this); });
+  windows_["FrmMultiAnl"] = child([this] { return new MultiAnalysisWindow(*this); });
+  windows_["FrmGhost"] = child([this] { return new GhostWindow(*this); });
   for (const auto& [name, kind] : FamilyWindows())
     windows_[Q(name)] = child([this, kind = kind] { return new FamilyWindow(*this, kind); });
   windows_["FrmInterferogram"] = child([this] { return new InterferogramWindow(*this); });

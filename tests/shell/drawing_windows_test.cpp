@@ -168,18 +168,18 @@ class DrawingWindowsTest : public QObject {
     QCOMPARE(d->windowTitle(), QString("Solve for Edge Contact"));
     d->findChild<QSpinBox*>("TxtSurface")->setValue(2);
     // The half-diameters of the table are offered.
-    QCOMPARE(d->findChild<QLineEdit*>("TxtH1")->text(), QString("11"));
-    QCOMPARE(d->findChild<QLineEdit*>("TxtH2")->text(), QString("9"));
+    QCOMPARE(d->findChild<QLineEdit*>("TxtH1")->text(), QString("8.5"));
+    QCOMPARE(d->findChild<QLineEdit*>("TxtH2")->text(), QString("6"));
     const double efl_before = s->design.Efl;
-    // Rims of 11 and 9 mm at one plane: the flint's rim would cut into the crown's face.
+    // Rims of 8.5 and 6 mm at one plane: the flint's rim would cut into the crown's face.
     Click(d, "CmdSolve");
     QVERIFY(d->contact().ok);
     QVERIFY(d->contact().facesCross);
-    // The smaller flint rests on the crown's face at its own rim, 9 mm from the axis.
-    d->findChild<QLineEdit*>("TxtH1")->setText("9");
+    // The smaller flint rests on the crown's face at its own rim, 6 mm from the axis.
+    d->findChild<QLineEdit*>("TxtH1")->setText("6");
     Click(d, "CmdSolve");
     QVERIFY(!d->contact().facesCross);
-    const double sag1 = -160 + std::sqrt(160.0 * 160 - 9 * 9), sag2 = -21 + std::sqrt(21.0 * 21 - 9 * 9);
+    const double sag1 = -160 + std::sqrt(160.0 * 160 - 6 * 6), sag2 = -21 + std::sqrt(21.0 * 21 - 6 * 6);
     QVERIFY(std::fabs(d->contact().thickness - (sag1 - sag2)) < 1e-9);
     Click(d, "CmdOK");
     const double t = RoundTo(sag1 - sag2, 4);

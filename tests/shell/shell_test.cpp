@@ -420,7 +420,7 @@ class ShellTest : public QObject {
     QCOMPARE(message, QString(" Invalid entry"));
     // Windows that do not exist yet are disabled, never silent.
     QVERIFY(m->findChild<QAction*>("MnuAnlSpot")->isEnabled());
-    QVERIFY(!m->findChild<QAction*>("MnuAnlGhost")->isEnabled());
+    QVERIFY(m->findChild<QAction*>("MnuAnlLayout3D")->isEnabled());
     QVERIFY(m->findChild<QAction*>("MnuTelDesNewton")->isEnabled());
     QVERIFY(m->findChild<QAction*>("MnuGlassNdVd")->isEnabled());  // the glass maps need no design
   }
