@@ -86,6 +86,7 @@ void WritePictureFile(const RecordingCanvas& picture, int width, int height, con
 }  // namespace ovrin::cli
 
 namespace ovrin::cli {
+std::vector<Command> GlassCommands();  // glass-diagram, glass-list, environment
 std::vector<Command> DrawingCommands();  // layout3d, element, solve-contact
 std::vector<Command> MakerCommands();  // interferogram, ronchigram, foucault, star-test
 std::vector<Command> ImageQualityCommands();  // diffraction-energy, colour-image, multi-analysis, ghosts

@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
       ReportCommands(),
       DiffractionCommands(),
       GeometricFamilyCommands(),
+      GlassCommands(),
       DrawingCommands(),
       MakerCommands(),
       ImageQualityCommands(),

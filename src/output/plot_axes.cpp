@@ -56,7 +56,10 @@ PlotBox DrawAxes(Canvas& c, const PlotAxis& x, const PlotAxis& y, const AxesStyl
   Widen(x0, x1);
   Widen(y0, y1);
   const double W = (x1 - x0) / (1 - kLeft - kRight), H = (y1 - y0) / (1 - kTop - kBottom);
-  c.Window(x0 - kLeft * W, y1 + kTop * H, x1 + kRight * W, y0 - kBottom * H);
+  // A reversed axis starts at its largest value; horizontal offsets follow its direction.
+  const double xl = x.reversed ? x1 : x0, xr = x.reversed ? x0 : x1;
+  const double Wx = x.reversed ? -W : W;
+  c.Window(xl - kLeft * Wx, y1 + kTop * H, xr + kRight * Wx, y0 - kBottom * H);
 
   const std::vector<double> xt = NiceTicks(x0, x1, x.ticks), yt = NiceTicks(y0, y1, y.ticks);
   const double xstep = xt.size() > 1 ? xt[1] - xt[0] : x1 - x0;
@@ -67,22 +70,22 @@ PlotBox DrawAxes(Canvas& c, const PlotAxis& x, const PlotAxis& y, const AxesStyl
   }
   c.Polyline({{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}, {x0, y0}}, style.ink, 1);
 
-  const double tick_x = 0.012 * H, tick_y = 0.008 * W;
+  const double tick_x = 0.012 * H, tick_y = 0.008 * Wx;
   for (double v : xt) {
     c.Line(v, y0, v, y0 + tick_x, style.ink, 1);
     const std::string t = TickText(v, xstep);
-    c.Text(v - 0.5 * t.size() * kCharWidth * W, y0 - 0.01 * H, t, style.ink);
+    c.Text(v - 0.5 * t.size() * kCharWidth * Wx, y0 - 0.01 * H, t, style.ink);
   }
   for (double v : yt) {
-    c.Line(x0, v, x0 + tick_y, v, style.ink, 1);
+    c.Line(xl, v, xl + tick_y, v, style.ink, 1);
     const std::string t = TickText(v, ystep);
-    c.Text(x0 - (t.size() + 1) * kCharWidth * W, v + 0.5 * kCharHeight * H, t, style.ink);
+    c.Text(xl - (t.size() + 1) * kCharWidth * Wx, v + 0.5 * kCharHeight * H, t, style.ink);
   }
   if (!x.title.empty())
-    c.Text((x0 + x1) / 2 - 0.5 * x.title.size() * kCharWidth * W, y0 - 0.01 * H - 1.3 * kCharHeight * H, x.title,
+    c.Text((x0 + x1) / 2 - 0.5 * x.title.size() * kCharWidth * Wx, y0 - 0.01 * H - 1.3 * kCharHeight * H, x.title,
            style.ink);
-  if (!y.title.empty()) c.Text(x0 - kLeft * W + kCharWidth * W, y1 + kTop * H - 0.01 * H, y.title, style.ink);
-  return {x0, y1, x1, y0};
+  if (!y.title.empty()) c.Text(xl - kLeft * Wx + kCharWidth * Wx, y1 + kTop * H - 0.01 * H, y.title, style.ink);
+  return {xl, y1, xr, y0};
 }
 
 }  // namespace ovrin

@@ -13,6 +13,7 @@ struct PlotAxis {
   double min = 0, max = 1;
   std::string title;  // with its unit, e.g. "Defocus (mm)"
   int ticks = 5;      // about this many ticks
+  bool reversed = false;  // x only: values fall from left to right
 };
 
 struct AxesStyle {

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <functional>
 
@@ -15,6 +16,7 @@
 #include "core/design_sheet.h"
 #include "core/number_text.h"
 #include "shell/dialogs.h"
+#include "shell/glass_diagram_windows.h"
 #include "shell/main_window.h"
 #include "shell/widgets_util.h"
 
@@ -213,7 +215,25 @@ EnvironmentDialog::EnvironmentDialog(MainWindow& main) : QDialog(&main), main_(m
   v->addWidget(now);
   v->addLayout(form);
   v->addWidget(note);
+  // What these conditions would do, shown before they are applied.
+  auto* analyse = new QPushButton("&Analysis...", this);
+  analyse->setObjectName("CmdAnalysis");
+  connect(analyse, &QPushButton::clicked, this, [this] { OpenAnalysis(); });
+  v->addWidget(analyse, 0, Qt::AlignLeft);
   Finish(this, v, [this] { Ok(); });
+}
+
+void EnvironmentDialog::OpenAnalysis() {
+  const double t = NumberIn(temp_);
+  const double p = NumberIn(press_);
+  MainWindow& m = main_;
+  reject();
+  QTimer::singleShot(0, &m, [&m, t, p] {
+    if (auto* w = qobject_cast<EnvironmentWindow*>(m.OpenWindow("FrmEnvAnalysis"))) {
+      w->SetConditions(t, p);
+      w->Update();
+    }
+  });
 }
 
 void EnvironmentDialog::Ok() {

@@ -73,6 +73,7 @@ class EnvironmentDialog : public QDialog {
 
  private:
   void Ok();
+  void OpenAnalysis();  // the environmental analysis at the typed conditions
   MainWindow& main_;
   QLineEdit* temp_ = nullptr;
   QLineEdit* press_ = nullptr;

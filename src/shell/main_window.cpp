@@ -32,6 +32,7 @@
 #include "shell/diffraction_windows.h"
 #include "shell/drawing_windows.h"
 #include "shell/widgets_util.h"
+#include "shell/glass_diagram_windows.h"
 #include "shell/maker_windows.h"
 #include "shell/image_quality_windows.h"
 
@@ -118,6 +119,11 @@ void MainWindow::BuildWindows() {
   windows_["FrmDelete"] = modal([this] { return new DeleteDialog(*this); });
   windows_["FrmWL"] = modal([this] { return new WavelengthWindow(*this); });
   windows_["FrmEnvCond"] = modal([this] { return new EnvironmentDialog(*this); });
+  windows_["FrmEnvAnalysis"] = child([this] { return new EnvironmentWindow(*this); });
+  windows_["FrmGlassNdVd"] = child([this] { return new GlassDiagramWindow(*this, GlassDiagramKind::NdVd); });
+  windows_["FrmGlassPFE"] = child([this] { return new GlassDiagramWindow(*this, GlassDiagramKind::PgF); });
+  windows_["FrmPvsP"] = child([this] { return new GlassDiagramWindow(*this, GlassDiagramKind::PP); });
+  windows_["FrmGlassData"] = child([this] { return new GlassDataWindow(*this); });
   windows_["Frmguidadati"] = modal([this] { return new HelpWindow(this); });
   windows_["Frmabout"] = modal([this] { return new AboutWindow(this); });
   // The pickers open from the grid for a row; by name they serve surface 1.
