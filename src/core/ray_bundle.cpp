@@ -23,7 +23,8 @@ namespace ovrin {
 namespace {
 
 constexpr int L = kBundleLanes;
-static_assert(L == 8, "a bundle is two vectors of four lanes");
+constexpr int K = L / 4;  // vectors of four lanes in a bundle
+static_assert(L % 4 == 0, "a bundle is whole vectors of four lanes");
 
 #define OVRIN_LANES [[maybe_unused]] inline __attribute__((always_inline))
 
@@ -32,65 +33,72 @@ static_assert(L == 8, "a bundle is two vectors of four lanes");
 typedef double V4 __attribute__((vector_size(4 * sizeof(double))));
 typedef int64_t M4 __attribute__((vector_size(4 * sizeof(int64_t))));
 
-// Eight lanes as two such vectors. Every operation is written out on both
-// halves next to each other, so that the two halves' chains of divisions and
-// roots run side by side.
+// The bundle as K such vectors. Every operation is written out on all of them
+// next to each other, so that their chains of divisions and roots run side by
+// side.
 struct D8 {
-  V4 a, b;
+  V4 v[K];
 };
 struct I8 {
-  M4 a, b;
+  M4 v[K];
 };
 
-#define OVRIN_ARITHMETIC(OP)                                                                   \
-  OVRIN_LANES D8 operator OP(D8 x, D8 y) { return {x.a OP y.a, x.b OP y.b}; }                  \
-  OVRIN_LANES D8 operator OP(D8 x, double y) { return {x.a OP y, x.b OP y}; }                  \
-  OVRIN_LANES D8 operator OP(double x, D8 y) { return {x OP y.a, x OP y.b}; }
+#define OVRIN_EACH(EXPR)            \
+  {                                 \
+    for (int k = 0; k < K; ++k) EXPR; \
+    return o;                       \
+  }
+#define OVRIN_ARITHMETIC(OP)                                                                          \
+  OVRIN_LANES D8 operator OP(D8 x, D8 y) { D8 o; OVRIN_EACH(o.v[k] = x.v[k] OP y.v[k]) }              \
+  OVRIN_LANES D8 operator OP(D8 x, double y) { D8 o; OVRIN_EACH(o.v[k] = x.v[k] OP y) }               \
+  OVRIN_LANES D8 operator OP(double x, D8 y) { D8 o; OVRIN_EACH(o.v[k] = x OP y.v[k]) }
 OVRIN_ARITHMETIC(+)
 OVRIN_ARITHMETIC(-)
 OVRIN_ARITHMETIC(*)
 OVRIN_ARITHMETIC(/)
 #undef OVRIN_ARITHMETIC
-OVRIN_LANES D8 operator-(D8 x) { return {-x.a, -x.b}; }
+OVRIN_LANES D8 operator-(D8 x) { D8 o; OVRIN_EACH(o.v[k] = -x.v[k]) }
 
-#define OVRIN_COMPARISON(OP)                                                                   \
-  OVRIN_LANES I8 operator OP(D8 x, D8 y) { return {x.a OP y.a, x.b OP y.b}; }                  \
-  OVRIN_LANES I8 operator OP(D8 x, double y) { return {x.a OP y, x.b OP y}; }
+#define OVRIN_COMPARISON(OP)                                                                          \
+  OVRIN_LANES I8 operator OP(D8 x, D8 y) { I8 o; OVRIN_EACH(o.v[k] = x.v[k] OP y.v[k]) }              \
+  OVRIN_LANES I8 operator OP(D8 x, double y) { I8 o; OVRIN_EACH(o.v[k] = x.v[k] OP y) }
 OVRIN_COMPARISON(>=)
 OVRIN_COMPARISON(>)
 OVRIN_COMPARISON(<)
 OVRIN_COMPARISON(==)
 #undef OVRIN_COMPARISON
 
-OVRIN_LANES I8 operator&(I8 x, I8 y) { return {x.a & y.a, x.b & y.b}; }
-OVRIN_LANES I8 operator|(I8 x, I8 y) { return {x.a | y.a, x.b | y.b}; }
-OVRIN_LANES I8 operator~(I8 x) { return {~x.a, ~x.b}; }
-OVRIN_LANES I8 operator&(I8 x, int64_t y) { return {x.a & y, x.b & y}; }
-OVRIN_LANES I8 operator!=(I8 x, int64_t y) { return {x.a != y, x.b != y}; }
+OVRIN_LANES I8 operator&(I8 x, I8 y) { I8 o; OVRIN_EACH(o.v[k] = x.v[k] & y.v[k]) }
+OVRIN_LANES I8 operator|(I8 x, I8 y) { I8 o; OVRIN_EACH(o.v[k] = x.v[k] | y.v[k]) }
+OVRIN_LANES I8 operator~(I8 x) { I8 o; OVRIN_EACH(o.v[k] = ~x.v[k]) }
+OVRIN_LANES I8 operator&(I8 x, int64_t y) { I8 o; OVRIN_EACH(o.v[k] = x.v[k] & y) }
+OVRIN_LANES I8 operator!=(I8 x, int64_t y) { I8 o; OVRIN_EACH(o.v[k] = x.v[k] != y) }
 OVRIN_LANES I8& operator&=(I8& x, I8 y) { return x = x & y; }
 OVRIN_LANES I8& operator|=(I8& x, I8 y) { return x = x | y; }
 
-OVRIN_LANES D8 Splat(double v) { return {V4{v, v, v, v}, V4{v, v, v, v}}; }
-OVRIN_LANES I8 Splat(int64_t v) { return {M4{v, v, v, v}, M4{v, v, v, v}}; }
+OVRIN_LANES D8 Splat(double v) { D8 o; OVRIN_EACH((o.v[k] = V4{v, v, v, v})) }
+OVRIN_LANES I8 Splat(int64_t v) { I8 o; OVRIN_EACH((o.v[k] = M4{v, v, v, v})) }
 OVRIN_LANES I8 Mask(bool b) { return Splat(int64_t{b ? -1 : 0}); }
 
 // Lane by lane a where the mask is set, else b: bits, not arithmetic.
 OVRIN_LANES M4 Select(M4 m, M4 a, M4 b) { return (a & m) | (b & ~m); }
 OVRIN_LANES V4 Select(M4 m, V4 a, V4 b) { return (V4)(((M4)a & m) | ((M4)b & ~m)); }
-OVRIN_LANES I8 Select(I8 m, I8 x, I8 y) { return {Select(m.a, x.a, y.a), Select(m.b, x.b, y.b)}; }
-OVRIN_LANES D8 Select(I8 m, D8 x, D8 y) { return {Select(m.a, x.a, y.a), Select(m.b, x.b, y.b)}; }
+OVRIN_LANES I8 Select(I8 m, I8 x, I8 y) { I8 o; OVRIN_EACH(o.v[k] = Select(m.v[k], x.v[k], y.v[k])) }
+OVRIN_LANES D8 Select(I8 m, D8 x, D8 y) { D8 o; OVRIN_EACH(o.v[k] = Select(m.v[k], x.v[k], y.v[k])) }
 
 // The square root lane by lane; the compiler makes one vector instruction of
-// each half.
+// each vector.
 OVRIN_LANES V4 Sqrt(V4 v) { return V4{std::sqrt(v[0]), std::sqrt(v[1]), std::sqrt(v[2]), std::sqrt(v[3])}; }
-OVRIN_LANES D8 Sqrt(D8 v) { return {Sqrt(v.a), Sqrt(v.b)}; }
+OVRIN_LANES D8 Sqrt(D8 x) { D8 o; OVRIN_EACH(o.v[k] = Sqrt(x.v[k])) }
+#undef OVRIN_EACH
 
 // Finite: v - v is 0 for a finite value and NaN for an infinity or a NaN.
 OVRIN_LANES I8 IsFinite(D8 v) { return (v - v) == 0.0; }
 
 OVRIN_LANES bool Any(I8 m) {
-  const M4 both = m.a | m.b;
-  return (both[0] | both[1] | both[2] | both[3]) != 0;
+  M4 all = m.v[0];
+  for (int k = 1; k < K; ++k) all |= m.v[k];
+  return (all[0] | all[1] | all[2] | all[3]) != 0;
 }
 
 constexpr int64_t FaultCode(TraceFault f) { return static_cast<int64_t>(f); }
@@ -345,13 +353,23 @@ OVRIN_LANES void LeaveMirrorLanes(Lanes& r, const DesignState& d, int i) {
 
 inline int Sgn(double v) { return (v > 0) - (v < 0); }
 
-OVRIN_LANES D8 LoadD(const double* v) { return {V4{v[0], v[1], v[2], v[3]}, V4{v[4], v[5], v[6], v[7]}}; }
-OVRIN_LANES I8 LoadI(const int64_t* v) { return {M4{v[0], v[1], v[2], v[3]}, M4{v[4], v[5], v[6], v[7]}}; }
+OVRIN_LANES D8 LoadD(const double* v) {
+  D8 o;
+  for (int k = 0; k < K; ++k) o.v[k] = V4{v[4 * k], v[4 * k + 1], v[4 * k + 2], v[4 * k + 3]};
+  return o;
+}
+OVRIN_LANES I8 LoadI(const int64_t* v) {
+  I8 o;
+  for (int k = 0; k < K; ++k) o.v[k] = M4{v[4 * k], v[4 * k + 1], v[4 * k + 2], v[4 * k + 3]};
+  return o;
+}
 OVRIN_LANES void StoreD(D8 r, double* v) {
-  for (int l = 0; l < 4; ++l) v[l] = r.a[l], v[l + 4] = r.b[l];
+  for (int k = 0; k < K; ++k)
+    for (int l = 0; l < 4; ++l) v[4 * k + l] = r.v[k][l];
 }
 OVRIN_LANES void StoreI(I8 r, int64_t* v) {
-  for (int l = 0; l < 4; ++l) v[l] = r.a[l], v[l + 4] = r.b[l];
+  for (int k = 0; k < K; ++k)
+    for (int l = 0; l < 4; ++l) v[4 * k + l] = r.v[k][l];
 }
 
 OVRIN_LANES Lanes Load(const BundleTracer& t) {
