@@ -17,6 +17,7 @@
 #include "shell/dialogs.h"
 #include "shell/geometric_family_windows.h"
 #include "shell/main_window.h"
+#include "window_fixture.h"
 #include "shell/session.h"
 #include "shell/widgets_util.h"
 
@@ -25,7 +26,6 @@ using namespace ovrin::shell;
 
 namespace {
 
-QString ExampleFile(const char* name) { return QString(OVRIN_EXAMPLES_DIR "/") + name; }
 
 void Click(QWidget* parent, const char* name) {
   auto* b = parent->findChild<QPushButton*>(name);
@@ -35,11 +35,8 @@ void Click(QWidget* parent, const char* name) {
 
 }  // namespace
 
-class GeometricFamilyWindowsTest : public QObject {
+class GeometricFamilyWindowsTest : public QObject, WindowFixture {
   Q_OBJECT
-  Session* s = nullptr;
-  MainWindow* m = nullptr;
-
   FamilyWindow* Open(const char* action, const char* name) {
     auto* a = m->findChild<QAction*>(action);
     if (!a || !a->isEnabled()) return nullptr;
@@ -48,19 +45,8 @@ class GeometricFamilyWindowsTest : public QObject {
   }
 
  private slots:
-  void init() {
-    SetUnattended(true);
-    s = new Session;
-    m = new MainWindow(*s);
-    m->resize(1400, 1000);
-    m->show();
-    m->ShowDesignWindow();
-  }
-  void cleanup() {
-    m->close();
-    delete m;
-    delete s;
-  }
+  void init() { StartShell(); }
+  void cleanup() { StopShell(); }
 
   void everyWindowUpdatesPrintsSavesAndHelps() {
     QVERIFY(m->OpenDesignFile(ExampleFile("achromat_80_f12_schott.ovn"), DesignFormat::Current));

@@ -15,6 +15,7 @@
 #include "core/number_text.h"
 #include "shell/geometric_windows.h"
 #include "shell/main_window.h"
+#include "window_fixture.h"
 #include "shell/session.h"
 #include "shell/widgets_util.h"
 
@@ -23,7 +24,6 @@ using namespace ovrin::shell;
 
 namespace {
 
-QString ExampleFile(const char* name) { return QString(OVRIN_EXAMPLES_DIR "/") + name; }
 
 void Click(QWidget* parent, const char* name) {
   auto* b = parent->findChild<QPushButton*>(name);
@@ -38,33 +38,12 @@ QString TextOf(QWidget* w, const char* pane) {
 
 }  // namespace
 
-class GeometricWindowsTest : public QObject {
+class GeometricWindowsTest : public QObject, WindowFixture {
   Q_OBJECT
-  Session* s = nullptr;
-  MainWindow* m = nullptr;
-
-  template <typename W>
-  W* Open(const char* action, const char* name) {
-    auto* a = m->findChild<QAction*>(action);
-    if (!a || !a->isEnabled()) return nullptr;
-    a->trigger();
-    return qobject_cast<W*>(m->FindChildWindow(name));
-  }
 
  private slots:
-  void init() {
-    SetUnattended(true);
-    s = new Session;
-    m = new MainWindow(*s);
-    m->resize(1400, 1000);
-    m->show();
-    m->ShowDesignWindow();
-  }
-  void cleanup() {
-    m->close();
-    delete m;
-    delete s;
-  }
+  void init() { StartShell(); }
+  void cleanup() { StopShell(); }
 
   void seidelTablesFromTheToolbar() {
     QVERIFY(m->OpenDesignFile(ExampleFile("newtonian_200_f5.ovn"), DesignFormat::Current));

@@ -21,6 +21,7 @@
 #include "core/design_file.h"
 #include "shell/glass_diagram_windows.h"
 #include "shell/main_window.h"
+#include "window_fixture.h"
 #include "shell/session.h"
 #include "shell/widgets_util.h"
 
@@ -29,7 +30,6 @@ using namespace ovrin::shell;
 
 namespace {
 
-QString ExampleFile(const char* name) { return QString(OVRIN_EXAMPLES_DIR "/") + name; }
 
 QString TextOf(QWidget* w, const char* pane) {
   auto* t = w->findChild<QPlainTextEdit*>(pane);
@@ -51,32 +51,12 @@ void SendMouse(QWidget* w, QEvent::Type type, const QPointF& at) {
 
 }  // namespace
 
-class GlassDiagramWindowsTest : public QObject {
+class GlassDiagramWindowsTest : public QObject, WindowFixture {
   Q_OBJECT
-  Session* s = nullptr;
-  MainWindow* m = nullptr;
-
-  template <typename W>
-  W* Open(const char* action, const char* name) {
-    auto* a = m->findChild<QAction*>(action);
-    if (!a || !a->isEnabled()) return nullptr;
-    a->trigger();
-    return qobject_cast<W*>(m->FindChildWindow(name));
-  }
 
  private slots:
-  void init() {
-    SetUnattended(true);
-    s = new Session;
-    m = new MainWindow(*s);
-    m->resize(1400, 1000);
-    m->show();
-  }
-  void cleanup() {
-    m->close();
-    delete m;
-    delete s;
-  }
+  void init() { StartShell(false); }
+  void cleanup() { StopShell(); }
 
   // The maps need no design; each opens drawn, SCHOTT alone checked.
   void mapsOpenFromTheMenuWithoutADesign() {

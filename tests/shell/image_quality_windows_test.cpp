@@ -19,6 +19,7 @@
 #include "shell/dialogs.h"
 #include "shell/image_quality_windows.h"
 #include "shell/main_window.h"
+#include "window_fixture.h"
 #include "shell/widgets_util.h"
 
 using namespace ovrin;
@@ -32,7 +33,6 @@ void Click(QWidget* parent, const char* name) {
   QTest::mouseClick(b, Qt::LeftButton);
 }
 
-QString ExampleFile(const char* name) { return QString(OVRIN_EXAMPLES_DIR "/") + name; }
 
 // Saves what a window shows when OVRIN_SHOTS names a folder, for a look.
 void Shot(QWidget* w, const char* name) {
@@ -42,18 +42,8 @@ void Shot(QWidget* w, const char* name) {
 
 }  // namespace
 
-class ImageQualityWindowsTest : public QObject {
+class ImageQualityWindowsTest : public QObject, WindowFixture {
   Q_OBJECT
-  Session* s = nullptr;
-  MainWindow* m = nullptr;
-
-  template <typename W>
-  W* Open(const char* action, const char* name) {
-    auto* a = m->findChild<QAction*>(action);
-    if (!a || !a->isEnabled()) return nullptr;
-    a->trigger();
-    return qobject_cast<W*>(m->FindChildWindow(name));
-  }
 
   // Print to a PDF, save a picture, open the help at the window's chapter.
   void PrintsSavesAndHelps(AnalysisWindow* w, const char* name, const char* topic) {
@@ -71,19 +61,8 @@ class ImageQualityWindowsTest : public QObject {
   }
 
  private slots:
-  void init() {
-    SetUnattended(true);  // messages to the error stream, questions answered Yes
-    s = new Session;
-    m = new MainWindow(*s);
-    m->resize(1400, 1000);
-    m->show();
-    m->ShowDesignWindow();
-  }
-  void cleanup() {
-    m->close();
-    delete m;
-    delete s;
-  }
+  void init() { StartShell(); }
+  void cleanup() { StopShell(); }
 
   void energyShowsTheEngineAndKeepsItOnAFailure() {
     QVERIFY(m->OpenDesignFile(ExampleFile("newtonian_200_f5.ovn"), DesignFormat::Current));

@@ -13,6 +13,7 @@
 
 #include "core/design_file.h"
 #include "shell/main_window.h"
+#include "window_fixture.h"
 #include "shell/report_windows.h"
 #include "shell/session.h"
 #include "shell/wave_windows.h"
@@ -23,7 +24,6 @@ using namespace ovrin::shell;
 
 namespace {
 
-QString ExampleFile(const char* name) { return QString(OVRIN_EXAMPLES_DIR "/") + name; }
 
 QString TextOf(QWidget* w, const char* pane) {
   auto* t = w->findChild<QPlainTextEdit*>(pane);
@@ -32,33 +32,12 @@ QString TextOf(QWidget* w, const char* pane) {
 
 }  // namespace
 
-class ReportWindowsTest : public QObject {
+class ReportWindowsTest : public QObject, WindowFixture {
   Q_OBJECT
-  Session* s = nullptr;
-  MainWindow* m = nullptr;
-
-  template <typename W>
-  W* Open(const char* action, const char* name) {
-    auto* a = m->findChild<QAction*>(action);
-    if (!a || !a->isEnabled()) return nullptr;
-    a->trigger();
-    return qobject_cast<W*>(m->FindChildWindow(name));
-  }
 
  private slots:
-  void init() {
-    SetUnattended(true);
-    s = new Session;
-    m = new MainWindow(*s);
-    m->resize(1400, 1000);
-    m->show();
-    m->ShowDesignWindow();
-  }
-  void cleanup() {
-    m->close();
-    delete m;
-    delete s;
-  }
+  void init() { StartShell(); }
+  void cleanup() { StopShell(); }
 
   void reportFromTheToolsMenuSavesAPdf() {
     QVERIFY(m->OpenDesignFile(ExampleFile("achromat_80_f12_schott.ovn"), DesignFormat::Current));
