@@ -55,6 +55,14 @@ struct PictureOutput {
   bool wanted() const { return !png.empty() || !svg.empty(); }
   // Writes the picture to the files asked for and adds their names to `j`.
   void Write(const RecordingCanvas& picture, int width, int height, nlohmann::json& j) const;
+  // When a picture is asked for: records what `draw` paints and writes it.
+  template <typename Draw>
+  void WriteIfWanted(int width, int height, nlohmann::json& j, Draw&& draw) const {
+    if (!wanted()) return;
+    RecordingCanvas picture;
+    draw(picture);
+    Write(picture, width, height, j);
+  }
 };
 void AddPictureOutput(CLI::App& c, PictureOutput& out);
 

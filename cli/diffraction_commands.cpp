@@ -87,11 +87,7 @@ Runner Psf(CLI::App& c) {
                                            r.P.begin() + static_cast<long>(i + 1) * r.F));
       j["P"] = rows;
     }
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawPsfMap(r, PsfView{}, picture);
-      o->picture.Write(picture, 512, 512, j);
-    }
+    o->picture.WriteIfWanted(512, 512, j, [&](Canvas& picture) { DrawPsfMap(r, PsfView{}, picture); });
     return j;
   };
 }
@@ -158,11 +154,7 @@ Runner MtfFocus(CLI::App& c) {
       runs.push_back(run);
     }
     nlohmann::json j = {{"runs", runs}, {"Cutoff", r.cutoff}, {"Ideal", r.ideal}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawMtfFocus(r, picture);
-      o->picture.Write(picture, 640, 480, j);
-    }
+    o->picture.WriteIfWanted(640, 480, j, [&](Canvas& picture) { DrawMtfFocus(r, picture); });
     return j;
   };
 }
@@ -185,11 +177,7 @@ Runner Zernike(CLI::App& c) {
     nlohmann::json j = {{"Samples", r.samples},
                         {"Coefficients", std::vector<double>(r.c.begin(), r.c.end())},
                         {"texts", std::vector<std::string>(r.texts.begin(), r.texts.end())}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawZernikeTable(r, picture);
-      o->picture.Write(picture, 640, 760, j);
-    }
+    o->picture.WriteIfWanted(640, 760, j, [&](Canvas& picture) { DrawZernikeTable(r, picture); });
     return j;
   };
 }

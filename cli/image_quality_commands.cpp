@@ -85,11 +85,7 @@ Runner DiffractionEnergy(CLI::App& c) {
                         {"Radius", radius},
                         {"Energy", r.energy},
                         {"Perfect", r.perfect}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawDiffractionEnergy(r, picture);
-      o->picture.Write(picture, 640, 480, j);
-    }
+    o->picture.WriteIfWanted(640, 480, j, [&](Canvas& picture) { DrawDiffractionEnergy(r, picture); });
     return j;
   };
 }
@@ -144,11 +140,7 @@ Runner ColourImage(CLI::App& c) {
                         {"layers", layers},
                         {"Centre", {centre.r, centre.g, centre.b}},
                         {"text", r.text}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawColourImage(r, picture);
-      o->picture.Write(picture, 500, 550, j);
-    }
+    o->picture.WriteIfWanted(500, 550, j, [&](Canvas& picture) { DrawColourImage(r, picture); });
     return j;
   };
 }
@@ -188,11 +180,7 @@ Runner MultiAnalysis(CLI::App& c) {
                         {"Mtf", part(r.mtfPart)},
                         {"SpotZoom", r.spotSettings[0].zoom},
                         {"text", r.text}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawMultiAnalysis(r, set, picture);
-      o->picture.Write(picture, 1000, 1414, j);
-    }
+    o->picture.WriteIfWanted(1000, 1414, j, [&](Canvas& picture) { DrawMultiAnalysis(r, set, picture); });
     return j;
   };
 }
@@ -224,11 +212,7 @@ Runner Ghosts(CLI::App& c) {
       list.push_back(e);
     }
     nlohmann::json j = {{"Refracting", r.refracting}, {"AiryDiameter", r.airyDiam}, {"ghosts", list}, {"text", r.text}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawGhosts(r, picture);
-      o->picture.Write(picture, 640, 480, j);
-    }
+    o->picture.WriteIfWanted(640, 480, j, [&](Canvas& picture) { DrawGhosts(r, picture); });
     return j;
   };
 }

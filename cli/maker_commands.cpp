@@ -74,11 +74,7 @@ Runner Interferogram(CLI::App& c) {
     nlohmann::json j = {{"N", r.N},           {"TestWavelength", st.testMicrons}, {"DoublePass", st.doublePass},
                         {"PV", r.PV},         {"RMS", r.RMS},                     {"Fringes", r.fringes},
                         {"ActualBfl", st.actualBfl}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawInterferogram(r, picture);
-      o->picture.Write(picture, 512, 512, j);
-    }
+    o->picture.WriteIfWanted(512, 512, j, [&](Canvas& picture) { DrawInterferogram(r, picture); });
     return j;
   };
 }
@@ -132,11 +128,7 @@ Runner Ronchigram(CLI::App& c) {
     } else {
       j["ActualBfl"] = st.actualBfl;
     }
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawRonchigram(r, picture);
-      o->picture.Write(picture, 512, 512, j);
-    }
+    o->picture.WriteIfWanted(512, 512, j, [&](Canvas& picture) { DrawRonchigram(r, picture); });
     return j;
   };
 }
@@ -185,11 +177,7 @@ Runner Foucault(CLI::App& c) {
       j["RMS"] = r.RMS;
       j["Strehl"] = r.Strehl;
     }
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawFoucault(r, picture);
-      o->picture.Write(picture, 512, 512, j);
-    }
+    o->picture.WriteIfWanted(512, 512, j, [&](Canvas& picture) { DrawFoucault(r, picture); });
     return j;
   };
 }
@@ -217,11 +205,7 @@ Runner StarTest(CLI::App& c) {
     nlohmann::json j = {{"F", r.F},           {"N", r.N},           {"Defocus", r.defocus},
                         {"Difference", r.difference}, {"Strehl", r.Strehl}, {"Half", r.half},
                         {"ActualBfl", st.actualBfl}};
-    if (o->picture.wanted()) {
-      RecordingCanvas picture;
-      DrawStarTest(r, picture);
-      o->picture.Write(picture, 800, 440, j);
-    }
+    o->picture.WriteIfWanted(800, 440, j, [&](Canvas& picture) { DrawStarTest(r, picture); });
     return j;
   };
 }
