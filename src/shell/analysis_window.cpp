@@ -238,7 +238,10 @@ AnalysisWindow::AnalysisWindow(MainWindow& main, const char* name, const char* c
   if (o.wavelengths == FrameOptions::Wavelengths::None) wlBox->hide();
   auto* left = new QVBoxLayout;
   left->addWidget(designName_);
-  if (!panes_.empty()) left->addLayout(paneGrid, 3);
+  if (!panes_.empty())
+    left->addLayout(paneGrid, 3);
+  else
+    delete paneGrid;  // a window of text alone: the grid was never placed
   if (text_) {
     auto* copy = button("CmdCopy", "&Copy");
     auto* saveText = button("CmdSaveText", "Save as &text");
