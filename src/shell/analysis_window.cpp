@@ -313,7 +313,7 @@ void AnalysisWindow::Activated() {
       }
     }
   }
-  referBfl_->setText(Q(FormatFixed(d.Bfl, 3)));
+  referBfl_->setText(Q(FormatFixed(d.Bfl, referDecimals_)));
 }
 
 std::array<bool, 6> AnalysisWindow::CheckedWavelengths() const {

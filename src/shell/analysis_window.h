@@ -126,6 +126,8 @@ class AnalysisWindow : public QWidget {
   // The wavelength boxes: check boxes, or radio buttons for a single choice.
   std::array<QAbstractButton*, 6> wl_{};
   QLabel* referBfl_ = nullptr;
+  // Decimals of "Refer.  B.F.L." when the window is brought forward.
+  int referDecimals_ = 3;
   QLineEdit* actualBfl_ = nullptr;
   QComboBox* backColor_ = nullptr;
   QLabel* designName_ = nullptr;

@@ -88,6 +88,7 @@ QString FieldText(const DesignState& d, const DesignSheet& sheet) {
 PsfWindow::PsfWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmDiffPSF", "Diffraction PSF  ( FFT method )", "DiffPSF",
                      OneWavelength({"Picture1"}, 1.3)) {
+  referDecimals_ = 4;
   int r = 0;
   auto row = [&](const QString& caption, QWidget* w) {
     panel_->addWidget(new QLabel(caption, this), r, 0);
@@ -179,11 +180,6 @@ PsfWindow::PsfWindow(MainWindow& main)
   map_->installEventFilter(this);
 }
 
-void PsfWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
-}
-
 PsfSettings PsfWindow::Settings() const {
   PsfSettings s;
   s.wavelength = ChosenWavelength();
@@ -258,6 +254,7 @@ void PsfWindow::AutoFocusAndUpdate() {
 MtfWindow::MtfWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmMTFfield", "Diffraction  MTF ", "MTF",
                      OneWavelength({"Picture1", "Picture2", "Picture3"}, 2.4)) {
+  referDecimals_ = 4;
   int r = 0;
   panel_->addWidget(new QLabel("Sampling", this), r++, 0, 1, 2);
   sampling_ = SizeChoice(this, 64, panel_, r);
@@ -275,11 +272,6 @@ MtfWindow::MtfWindow(MainWindow& main)
   progress_ = RunProgressBar(this);
   panel_->addWidget(progress_, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
-}
-
-void MtfWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
 }
 
 MtfSettings MtfWindow::Settings() const {

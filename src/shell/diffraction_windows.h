@@ -35,7 +35,6 @@ class PsfWindow : public AnalysisWindow {
 
  protected:
   void Recompute() override;
-  void Activated() override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
@@ -69,7 +68,6 @@ class MtfWindow : public AnalysisWindow {
  protected:
   void Recompute() override;
   void Redraw() override;
-  void Activated() override;
 
  private:
   MtfResult result_;

@@ -124,6 +124,7 @@ FrameOptions SphericalFrame() {
 
 SphericalWindow::SphericalWindow(MainWindow& main)
     : AnalysisWindow(main, "Frmabsferica", "Spherical Aberration  + COMA  (O.S.C.)", "Spherical", SphericalFrame()) {
+  referDecimals_ = 4;
   // Text1 starts, as the reference label, at Bfl with 4 decimals.
   actualBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
   scale_ = Box(this, "TxtScala", "0");
@@ -142,11 +143,6 @@ SphericalWindow::SphericalWindow(MainWindow& main)
                           this);
   panel_->addWidget(note, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
-}
-
-void SphericalWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
 }
 
 void SphericalWindow::Recompute() {

@@ -43,7 +43,6 @@ class SphericalWindow : public AnalysisWindow {
  protected:
   void Recompute() override;
   void Redraw() override;
-  void Activated() override;
 
  private:
   SphericalResult result_;

@@ -85,6 +85,7 @@ void HideBackColour(QWidget* w, QComboBox* list) {
 EnergyWindow::EnergyWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmEEPDiff", "Diffraction Encircled Energy", "EEPDiff",
                      Frame({"Picture1"}, 1.33, FrameOptions::Wavelengths::One, "Text1")) {
+  referDecimals_ = 4;
   int r = 0;
   auto row = [&](const QString& caption, QWidget* w) {
     panel_->addWidget(new QLabel(caption, this), r, 0);
@@ -114,11 +115,6 @@ EnergyWindow::EnergyWindow(MainWindow& main)
   progress_ = RunProgressBar(this);
   panel_->addWidget(progress_, r++, 0, 1, 2);
   panel_->setRowStretch(r, 1);
-}
-
-void EnergyWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
 }
 
 DiffEnergySettings EnergyWindow::Settings() const {
@@ -167,6 +163,7 @@ void EnergyWindow::Redraw() {
 ColourImageWindow::ColourImageWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmVisualPSF", "Simulated Color Diffraction Image", "VisualPSF",
                      Frame({"Picture1"}, 500.0 / 550.0, FrameOptions::Wavelengths::Several, "Text1")) {
+  referDecimals_ = 4;
   int r = 0;
   auto row = [&](const QString& caption, QWidget* w) {
     panel_->addWidget(new QLabel(caption, this), r, 0);
@@ -195,11 +192,6 @@ ColourImageWindow::ColourImageWindow(MainWindow& main)
   panel_->setRowStretch(r, 1);
   HideBackColour(this, backColor_);
   plot_->SetBackground({0, 0, 0});
-}
-
-void ColourImageWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
 }
 
 ColourImageSettings ColourImageWindow::Settings() const {
@@ -342,6 +334,7 @@ bool MultiAnalysisWindow::PrintSheet(QPrinter& printer) const {
 GhostWindow::GhostWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmGhost", "Ghost Analysis", "Ghost",
                      Frame({"Picture1"}, 1.33, FrameOptions::Wavelengths::One, "Text1")) {
+  referDecimals_ = 4;
   int r = 0;
   auto row = [&](const QString& caption, QWidget* w) {
     panel_->addWidget(new QLabel(caption, this), r, 0);
@@ -356,11 +349,6 @@ GhostWindow::GhostWindow(MainWindow& main)
   count_->setObjectName("LabelCount");
   row("Ghosts", count_);
   panel_->setRowStretch(r, 1);
-}
-
-void GhostWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
 }
 
 GhostSettings GhostWindow::Settings() const {

@@ -28,7 +28,6 @@ class EnergyWindow : public AnalysisWindow {
  protected:
   void Recompute() override;
   void Redraw() override;
-  void Activated() override;
 
  private:
   DiffEnergyResult result_;
@@ -53,7 +52,6 @@ class ColourImageWindow : public AnalysisWindow {
  protected:
   void Recompute() override;
   void Redraw() override;
-  void Activated() override;
 
  private:
   ColourImageResult result_;
@@ -99,7 +97,6 @@ class GhostWindow : public AnalysisWindow {
  protected:
   void Recompute() override;
   void Redraw() override;
-  void Activated() override;
 
  private:
   GhostResult result_;

@@ -206,6 +206,7 @@ QString OpdFanTextWindow::text() const { return text_->toPlainText(); }
 
 WavefrontWindow::WavefrontWindow(MainWindow& main)
     : AnalysisWindow(main, "FrmWFront", "Wave Front  ( Optical Path Difference )", "WaveFront", WavefrontFrame()) {
+  referDecimals_ = 4;
 
   grid_ = new QButtonGroup(this);
   auto* gridRow = new QHBoxLayout;
@@ -302,11 +303,6 @@ WavefrontWindow::WavefrontWindow(MainWindow& main)
   panel_->setRowStretch(r, 1);
 }
 
-void WavefrontWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
-}
-
 WavefrontSettings WavefrontWindow::Settings() const {
   WavefrontSettings s;
   s.wavelength = ChosenWavelength();
@@ -392,6 +388,7 @@ VersusWindow::VersusWindow(MainWindow& main, VersusScan scan, VersusMeasure meas
     : AnalysisWindow(main, VersusWindowName(scan, measure), VersusCaption(scan, measure), "Versus", VersusFrame()),
       scan_(scan),
       measure_(measure) {
+  referDecimals_ = 4;
   const DesignState& d = main.session().design;
   actualBfl_->setText(Q(FormatFixed(d.Bfl, 4)));
   QPushButton* autofocus = NamedButton("Command2", "AutoFocus", this);
@@ -417,11 +414,6 @@ VersusWindow::VersusWindow(MainWindow& main, VersusScan scan, VersusMeasure meas
   panel_->setRowStretch(r, 1);
   plot_->setMouseTracking(true);
   plot_->installEventFilter(this);
-}
-
-void VersusWindow::Activated() {
-  AnalysisWindow::Activated();
-  referBfl_->setText(Q(FormatFixed(main_.session().design.Bfl, 4)));
 }
 
 VersusSettings VersusWindow::Settings() const {

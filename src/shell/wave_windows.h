@@ -66,7 +66,6 @@ class WavefrontWindow : public AnalysisWindow {
 
  protected:
   void Recompute() override;
-  void Activated() override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
@@ -103,7 +102,6 @@ class VersusWindow : public AnalysisWindow {
  protected:
   void Recompute() override;
   void Redraw() override;
-  void Activated() override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
